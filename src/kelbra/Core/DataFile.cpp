@@ -1,0 +1,237 @@
+#include "kelbra/Core/DataFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "kelbra/Core/CoreException.h"
+
+namespace Kelbra::Core {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+
+[[noreturn]] void ThrowFileError(const std::string& action, const std::string& file, int error) {
+  throw FileException("Cannot " + action + " file '" + file + "': " + std::strerror(error));
+}
+
+// A name beside `target` that no other stream of this process uses at the same time.
+std::string TemporaryNameFor(const ioPath& target) {
+  static std::atomic<unsigned> counter{0};
+  const ioPath name = "." + target.filename().string() + ".tmp-" + std::to_string(::getpid()) +
+                      "-" + std::to_string(counter.fetch_add(1));
+  return (target.parent_path() / name).string();
+}
+
+class OutputFile final : public RefCounted<IDataOutput> {
+ public:
+  OutputFile(const ioPath& target, DataOutputFile::Mode mode)
+      : target_(target.string()),
+        writePath_(mode == DataOutputFile::Mode::Atomic ? TemporaryNameFor(target) : target_),
+        atomic_(mode == DataOutputFile::Mode::Atomic) {
+    fd_ = ::open(writePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd_ < 0) ThrowFileError("create", target_, errno);
+    buffer_.reserve(kBufferSize);
+  }
+
+  ~OutputFile() override {
+    if (fd_ < 0) return;
+    if (atomic_) {
+      // Never closed: the write was abandoned, so nothing may appear under the target name.
+      ::close(fd_);
+      ::unlink(writePath_.c_str());
+      return;
+    }
+    try {
+      Close();
+    } catch (...) {
+      // Destructors do not throw; callers that need the error call Close themselves.
+    }
+  }
+
+  void Write(const void* data, std::size_t size) override {
+    CheckOpen();
+    if (buffer_.size() + size > kBufferSize) FlushBuffer();
+    if (size >= kBufferSize) {
+      WriteAll(static_cast<const char*>(data), size);
+      return;
+    }
+    const char* bytes = static_cast<const char*>(data);
+    buffer_.insert(buffer_.end(), bytes, bytes + size);
+  }
+
+  void Flush() override {
+    CheckOpen();
+    FlushBuffer();
+  }
+
+  void Close() override {
+    if (fd_ < 0) return;
+    try {
+      FlushBuffer();
+    } catch (...) {
+      Abandon();
+      throw;
+    }
+    const int fd = fd_;
+    fd_ = -1;
+    if (::close(fd) != 0) {
+      const int error = errno;
+      if (atomic_) ::unlink(writePath_.c_str());
+      ThrowFileError("close", target_, error);
+    }
+    if (atomic_ && ::rename(writePath_.c_str(), target_.c_str()) != 0) {
+      const int error = errno;
+      ::unlink(writePath_.c_str());
+      ThrowFileError("rename into place", target_, error);
+    }
+  }
+
+  std::string GetName() const override { return target_; }
+
+ private:
+  void CheckOpen() const {
+    if (fd_ < 0) throw FileException("Cannot write file '" + target_ + "': stream is closed");
+  }
+
+  void FlushBuffer() {
+    if (buffer_.empty()) return;
+    WriteAll(buffer_.data(), buffer_.size());
+    buffer_.clear();
+  }
+
+  void WriteAll(const char* data, std::size_t size) {
+    while (size > 0) {
+      const ssize_t written = ::write(fd_, data, size);
+      if (written < 0) {
+        if (errno == EINTR) continue;
+        const int error = errno;
+        buffer_.clear();
+        ThrowFileError("write", target_, error);
+      }
+      data += written;
+      size -= static_cast<std::size_t>(written);
+    }
+  }
+
+  // After a failed write of an atomic stream the temporary file is useless: remove it now.
+  void Abandon() {
+    if (fd_ < 0) return;
+    ::close(fd_);
+    fd_ = -1;
+    if (atomic_) ::unlink(writePath_.c_str());
+  }
+
+  std::string target_;
+  std::string writePath_;
+  bool atomic_;
+  int fd_ = -1;
+  std::vector<char> buffer_;
+};
+
+class InputFile final : public RefCounted<IDataInput> {
+ public:
+  explicit InputFile(const ioPath& file) : name_(file.string()) {
+    fd_ = ::open(name_.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd_ < 0) ThrowFileError("open", name_, errno);
+    struct stat info {};
+    if (::fstat(fd_, &info) != 0) {
+      const int error = errno;
+      ::close(fd_);
+      ThrowFileError("read", name_, error);
+    }
+    if (S_ISDIR(info.st_mode)) {
+      ::close(fd_);
+      ThrowFileError("read", name_, EISDIR);
+    }
+    size_ = S_ISREG(info.st_mode) ? static_cast<std::uint64_t>(info.st_size) : 0;
+    buffer_.reset(new char[kBufferSize]);
+  }
+
+  ~InputFile() override { ::close(fd_); }
+
+  void Read(void* data, std::size_t size) override {
+    const std::size_t got = ReadSome(data, size);
+    if (got == size) return;
+    // ReadSome stops early only at the end of the file or on a short system read; keep going.
+    std::size_t total = got;
+    while (total < size) {
+      const std::size_t more = ReadSome(static_cast<char*>(data) + total, size - total);
+      if (more == 0) {
+        throw FileException("Cannot read file '" + name_ + "': unexpected end of data (wanted " +
+                            std::to_string(size) + " bytes at offset " +
+                            std::to_string(position_ - total) + ", " + std::to_string(total) +
+                            " left)");
+      }
+      total += more;
+    }
+  }
+
+  std::size_t ReadSome(void* data, std::size_t size) override {
+    char* out = static_cast<char*>(data);
+    std::size_t total = 0;
+    while (total < size) {
+      if (begin_ == end_) {
+        if (size - total >= kBufferSize) {
+          const std::size_t got = ReadRaw(out + total, size - total);
+          if (got == 0) break;
+          total += got;
+          position_ += got;
+          continue;
+        }
+        begin_ = 0;
+        end_ = ReadRaw(buffer_.get(), kBufferSize);
+        if (end_ == 0) break;
+      }
+      const std::size_t take = std::min(size - total, end_ - begin_);
+      std::memcpy(out + total, buffer_.get() + begin_, take);
+      begin_ += take;
+      total += take;
+      position_ += take;
+    }
+    return total;
+  }
+
+  std::uint64_t GetRemaining() const override {
+    return size_ > position_ ? size_ - position_ : 0;
+  }
+
+  std::string GetName() const override { return name_; }
+
+ private:
+  std::size_t ReadRaw(char* data, std::size_t size) {
+    for (;;) {
+      const ssize_t got = ::read(fd_, data, size);
+      if (got >= 0) return static_cast<std::size_t>(got);
+      if (errno != EINTR) ThrowFileError("read", name_, errno);
+    }
+  }
+
+  std::string name_;
+  int fd_ = -1;
+  std::uint64_t size_ = 0;
+  std::uint64_t position_ = 0;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t begin_ = 0;
+  std::size_t end_ = 0;
+};
+
+}  // namespace
+
+IDataOutputPtr DataOutputFile::Create(const ioPath& file, Mode mode) {
+  return IDataOutputPtr(new OutputFile(file, mode));
+}
+
+IDataInputPtr DataInputFile::Create(const ioPath& file) {
+  return IDataInputPtr(new InputFile(file));
+}
+
+}  // namespace Kelbra::Core
