@@ -1,5 +1,6 @@
 #include "kelbra/Exception.h"
 
+#include <string_view>
 #include <typeinfo>
 
 #include <boost/core/demangle.hpp>
@@ -12,6 +13,11 @@ Exception::~Exception() = default;
 const char* Exception::what() const noexcept {
   try {
     message_ = boost::core::demangle(typeid(*this).name());
+    // Exceptions thrown with boost::throw_exception arrive wrapped; name the exception itself.
+    constexpr std::string_view kWrapper = "boost::wrapexcept<";
+    if (message_.starts_with(kWrapper) && message_.ends_with('>')) {
+      message_ = message_.substr(kWrapper.size(), message_.size() - kWrapper.size() - 1);
+    }
     if (const std::string* description = boost::get_error_info<TagDescription>(*this)) {
       message_ += ": ";
       message_ += *description;

@@ -1,0 +1,75 @@
+#include "canvaro/foundation/CanvaroException.h"
+
+#include <thread>
+
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/exception_ptr.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/foundation/Throw.h"
+
+namespace {
+
+using namespace Kelbra::Canvaro;
+using ::testing::HasSubstr;
+
+TEST(CanvaroExceptionTest, DefaultConstructedCarriesNothing) {
+  const CanvaroException e;
+  EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+  EXPECT_EQ(boost::get_error_info<Kelbra::TagCallStack>(e), nullptr);
+  EXPECT_EQ(boost::get_error_info<Kelbra::TagDescription>(e), nullptr);
+}
+
+TEST(CanvaroExceptionTest, CodedFailureCarriesCodeStackAndThrowSite) {
+  try {
+    ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+    FAIL() << "no exception";
+  } catch (const CanvaroException& e) {
+    const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
+    ASSERT_NE(code, nullptr);
+    EXPECT_EQ(static_cast<int>(*code), 1);
+    EXPECT_NE(boost::get_error_info<Kelbra::TagCallStack>(e), nullptr);
+    const char* const* file = boost::get_error_info<boost::throw_file>(e);
+    ASSERT_NE(file, nullptr);
+    EXPECT_THAT(*file, HasSubstr("CanvaroExceptionTest.cpp"));
+    // The code has no name table: diagnostics show it as raw bytes.
+    EXPECT_THAT(boost::diagnostic_information(e), HasSubstr("size: 4, dump: 01 00 00 00 ]"));
+    EXPECT_STREQ(e.what(), "Kelbra::Canvaro::CanvaroException");
+  }
+}
+
+TEST(CanvaroExceptionTest, CodedFailureTravelsToAnotherThreadAsExceptionPtr) {
+  boost::exception_ptr captured;
+  std::thread worker([&captured] {
+    try {
+      ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+    } catch (...) {
+      captured = boost::current_exception();
+    }
+  });
+  worker.join();
+  ASSERT_TRUE(captured);
+  try {
+    boost::rethrow_exception(captured);
+  } catch (const CanvaroException& e) {
+    EXPECT_NE(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+  }
+}
+
+TEST(CanvaroExceptionTest, NotImplementedHasOnlyItsDescription) {
+  try {
+    ThrowNotImplemented();
+    FAIL() << "no exception";
+  } catch (const CanvaroException& e) {
+    const std::string* text = boost::get_error_info<Kelbra::TagDescription>(e);
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(*text, "Not implemented");
+    EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+    EXPECT_EQ(boost::get_error_info<Kelbra::TagCallStack>(e), nullptr);
+    EXPECT_EQ(boost::get_error_info<boost::throw_file>(e), nullptr);
+    EXPECT_THAT(e.what(), HasSubstr("Not implemented"));
+  }
+}
+
+}  // namespace

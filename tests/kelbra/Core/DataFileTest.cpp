@@ -1,0 +1,177 @@
+#include "kelbra/Core/DataFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "kelbra/Core/CoreException.h"
+#include "kelbra/Core/DataString.h"
+#include "kelbra/Core/FileSystem.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using namespace Kelbra;
+using Core::FileException;
+using ::testing::HasSubstr;
+
+std::vector<char> Pattern(std::size_t size) {
+  std::vector<char> bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 131 + i / 977);
+  return bytes;
+}
+
+std::string ReadWhole(const ioPath& file) {
+  std::ifstream in(file.native(), std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+TEST(DataFileTest, ManySmallAndSomeLargeWritesReadBackExactly) {
+  canvaro_test::TempDir dir;
+  const ioPath file = dir / "data.bin";
+  const std::vector<char> bytes = Pattern(5'000'000);
+  // Sizes mixing tiny rows, rows near the buffer size, and blocks larger than the buffer.
+  const std::size_t sizes[] = {1, 7, 24000, 1 << 20, (1 << 20) + 3, 3, 2'000'000};
+  {
+    auto out = Core::DataOutputFile::Create(file);
+    std::size_t at = 0;
+    for (std::size_t i = 0; at < bytes.size(); ++i) {
+      const std::size_t n = std::min(sizes[i % std::size(sizes)], bytes.size() - at);
+      out->Write(bytes.data() + at, n);
+      at += n;
+    }
+    out->Close();
+    out->Close();  // a second close does nothing
+    EXPECT_THROW(out->Write("x", 1), FileException);
+  }
+  ASSERT_EQ(std::filesystem::file_size(file.native()), bytes.size());
+
+  auto in = Core::DataInputFile::Create(file);
+  EXPECT_EQ(in->GetRemaining(), bytes.size());
+  std::vector<char> back(bytes.size());
+  std::size_t at = 0;
+  for (std::size_t i = 3; at < back.size(); ++i) {
+    const std::size_t n = std::min(sizes[i % std::size(sizes)], back.size() - at);
+    in->Read(back.data() + at, n);
+    at += n;
+  }
+  EXPECT_EQ(back, bytes);
+  EXPECT_EQ(in->GetRemaining(), 0u);
+  char extra;
+  EXPECT_EQ(in->ReadSome(&extra, 1), 0u);
+}
+
+TEST(DataFileTest, ReadingPastTheEndThrowsNamingTheFile) {
+  canvaro_test::TempDir dir;
+  const ioPath file = dir / "short.bin";
+  {
+    auto out = Core::DataOutputFile::Create(file);
+    out->Write("abcdef", 6);
+  }  // closed by the destructor
+  auto in = Core::DataInputFile::Create(file);
+  char buffer[16];
+  in->Read(buffer, 4);
+  try {
+    in->Read(buffer, 4);
+    FAIL() << "no exception";
+  } catch (const FileException& e) {
+    EXPECT_THAT(e.what(), HasSubstr(file.string()));
+    EXPECT_THAT(e.what(), HasSubstr("unexpected end of data"));
+  }
+}
+
+TEST(DataFileTest, OpenFailuresNameTheFileAndTheReason) {
+  canvaro_test::TempDir dir;
+  try {
+    Core::DataInputFile::Create(dir / "missing.bin");
+    FAIL() << "no exception";
+  } catch (const FileException& e) {
+    EXPECT_THAT(e.what(), HasSubstr("missing.bin"));
+    EXPECT_THAT(e.what(), HasSubstr("No such file or directory"));
+  }
+  EXPECT_THROW(Core::DataOutputFile::Create(dir / "no-dir" / "x.bin"), FileException);
+  EXPECT_THROW(Core::DataInputFile::Create(dir.path()), FileException);  // a directory
+}
+
+TEST(DataFileTest, FullDiskIsReportedNotSwallowed) {
+  if (!ioPath("/dev/full").exists()) GTEST_SKIP() << "no /dev/full";
+  auto out = Core::DataOutputFile::Create("/dev/full");
+  const std::vector<char> bytes = Pattern(4096);
+  // Small writes are buffered; the failure must surface by Close at the latest.
+  try {
+    out->Write(bytes.data(), bytes.size());
+    out->Close();
+    FAIL() << "no exception";
+  } catch (const FileException& e) {
+    EXPECT_THAT(e.what(), HasSubstr("/dev/full"));
+    EXPECT_THAT(e.what(), HasSubstr("No space left on device"));
+  }
+}
+
+TEST(DataFileTest, AtomicFileAppearsOnlyWhenClosed) {
+  canvaro_test::TempDir dir;
+  const ioPath file = dir / "frame.raw";
+  {
+    auto out = Core::DataOutputFile::Create(file, Core::DataOutputFile::Mode::Atomic);
+    out->Write("whole", 5);
+    out->Flush();
+    EXPECT_FALSE(file.exists());
+    out->Close();
+    EXPECT_EQ(ReadWhole(file), "whole");
+  }
+  {
+    // Abandoned before Close: neither the target nor a temporary file stays behind.
+    auto out = Core::DataOutputFile::Create(dir / "abandoned.raw",
+                                            Core::DataOutputFile::Mode::Atomic);
+    out->Write("part", 4);
+  }
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(dir.path().native())) {
+    names.push_back(entry.path().filename().string());
+  }
+  EXPECT_THAT(names, ::testing::ElementsAre("frame.raw"));
+}
+
+TEST(DataFileTest, RemoveFileAndRemoveDir) {
+  canvaro_test::TempDir dir;
+  const ioPath sub = dir / "sub";
+  std::filesystem::create_directories((sub / "deeper").native());
+  Core::DataOutputFile::Create(sub / "deeper" / "a.bin")->Close();
+  EXPECT_TRUE(Core::RemoveFile(sub / "deeper" / "a.bin"));
+  EXPECT_FALSE(Core::RemoveFile(sub / "deeper" / "a.bin"));
+  EXPECT_THROW(Core::RemoveFile(sub), FileException);  // a directory is not a file
+  Core::DataOutputFile::Create(sub / "b.bin")->Close();
+  EXPECT_TRUE(Core::RemoveDir(sub));
+  EXPECT_FALSE(sub.exists());
+  EXPECT_FALSE(Core::RemoveDir(sub));
+}
+
+TEST(DataStringTest, StringStreamsAppendAndReadExactly) {
+  std::string target = "head:";
+  auto out = Core::DataOutputString::Create(target);
+  out->Write("abc", 3);
+  EXPECT_EQ(target, "head:abc");
+  auto in = Core::DataInputString::Create("xyz");
+  char two[2];
+  in->Read(two, 2);
+  EXPECT_EQ(in->GetRemaining(), 1u);
+  EXPECT_THROW(in->Read(two, 2), FileException);
+}
+
+TEST(PathTest, PrintsPlainlyAndJoins) {
+  std::ostringstream text;
+  text << ioPath("/tmp/swap") / "frame 1.raw";
+  EXPECT_EQ(text.str(), "/tmp/swap/frame 1.raw");
+  EXPECT_EQ(ioPath("a/b/c.raw").filename(), ioPath("c.raw"));
+  EXPECT_TRUE(ioPath("a/b").has_parent_path());
+  EXPECT_FALSE(ioPath("b").has_parent_path());
+}
+
+}  // namespace

@@ -1,0 +1,235 @@
+#include "kelbra/Core/PropertySerializer.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "kelbra/Core/CoreException.h"
+#include "kelbra/Core/DataFile.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using Kelbra::Core::Property;
+using Kelbra::Core::PropertyException;
+using Kelbra::Core::PropertySerializer;
+using ::testing::HasSubstr;
+
+Property RoundTrip(const Property& tree, bool pretty) {
+  return PropertySerializer::FromString(PropertySerializer::ToString(tree, pretty));
+}
+
+// A tree that uses every entry type with awkward values.
+Property MakeAwkwardTree() {
+  Property root("Root");
+  root.SetString("empty", "");
+  root.SetString("utf8", "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x98\x80 \"quoted\" \\ \n\t");
+  root.SetString("latin1", std::string("caf\xE9", 4));
+  root.SetString("nul", std::string("a\0b", 3));
+  root.SetString("lone surrogate", "\xED\xA0\x80");
+  root.SetInt("int min", INT32_MIN);
+  root.SetInt("int max", INT32_MAX);
+  root.SetInt("minus one", -1);
+  root.SetInt64("int64 min", INT64_MIN);
+  root.SetInt64("int64 max", INT64_MAX);
+  root.SetInt64("int64 small", 5);
+  root.SetBool("yes", true);
+  root.SetBool("no", false);
+  const double doubles[] = {0.0,
+                            -0.0,
+                            0.1,
+                            1.0 / 3.0,
+                            -2.5e-300,
+                            1e308,
+                            std::numeric_limits<double>::max(),
+                            std::numeric_limits<double>::lowest(),
+                            std::numeric_limits<double>::min(),
+                            std::numeric_limits<double>::denorm_min(),
+                            std::numeric_limits<double>::epsilon(),
+                            std::numeric_limits<double>::infinity(),
+                            -std::numeric_limits<double>::infinity(),
+                            std::numeric_limits<double>::quiet_NaN(),
+                            std::bit_cast<double>(std::uint64_t{0xFFF0000000000123}),
+                            2147483547.0,
+                            1073741723.5};
+  int i = 0;
+  for (double d : doubles) root.SetDouble("double " + std::to_string(i++), d);
+
+  Property& child = root.AddChild("child");
+  child.SetClassId("Child\xFF");  // class ids keep their bytes too
+  child.SetInt("inner", 7);
+  child.AddChild("grandchild").SetString("deep", "yes");
+  root.AddChild("empty child");
+
+  root.AddCollection("empty list");
+  Property::Collection& list = root.AddCollection("list");
+  list.emplace_back().AddChild("Item").SetInt("n", 1);
+  list.emplace_back();  // an empty item node
+  Property& third = list.emplace_back();
+  third.SetClassId("Third");
+  third.AddCollection("nested").emplace_back().SetDouble("x", 0.5);
+  root.SetString(std::string("key\x80", 4), "non-UTF-8 key");
+  return root;
+}
+
+TEST(PropertySerializerTest, RoundTripIsExactForEveryEntryType) {
+  const Property tree = MakeAwkwardTree();
+  for (bool pretty : {true, false}) {
+    SCOPED_TRACE(pretty ? "pretty" : "compact");
+    const Property copy = RoundTrip(tree, pretty);
+    EXPECT_EQ(copy, tree);
+    // Equality compares doubles by bits; check types and order explicitly as well.
+    ASSERT_EQ(copy.Entries().size(), tree.Entries().size());
+    for (std::size_t i = 0; i < tree.Entries().size(); ++i) {
+      EXPECT_EQ(copy.Entries()[i].key, tree.Entries()[i].key);
+      EXPECT_EQ(copy.Entries()[i].type(), tree.Entries()[i].type()) << tree.Entries()[i].key;
+    }
+  }
+}
+
+TEST(PropertySerializerTest, IntegralDoublesStayDoublesAndSmallInt64StaysInt64) {
+  Property tree;
+  tree.SetDouble("d", 3.0);
+  tree.SetInt64("l", 3);
+  tree.SetInt("i", 3);
+  const Property copy = RoundTrip(tree, false);
+  EXPECT_EQ(copy.GetDouble("d"), 3.0);
+  EXPECT_EQ(copy.GetInt64("l"), 3);
+  EXPECT_EQ(copy.GetInt("i"), 3);
+  EXPECT_THROW(copy.GetInt("d"), Kelbra::Core::WrongTypeIsRequested);
+}
+
+TEST(PropertySerializerTest, DoublesSurviveBitForBit) {
+  // A sweep of random bit patterns catches any shortest-representation mistake.
+  std::uint64_t state = 0x9E3779B97F4A7C15ull;
+  Property tree;
+  for (int i = 0; i < 2000; ++i) {
+    state ^= state << 13;
+    state ^= state >> 7;
+    state ^= state << 17;
+    tree.SetDouble(std::to_string(i), std::bit_cast<double>(state));
+  }
+  const Property copy = RoundTrip(tree, false);
+  for (int i = 0; i < 2000; ++i) {
+    const std::string key = std::to_string(i);
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(copy.GetDouble(key)),
+              std::bit_cast<std::uint64_t>(tree.GetDouble(key)))
+        << key;
+  }
+}
+
+TEST(PropertySerializerTest, PrettyTextIsReadable) {
+  Property tree("Doc");
+  tree.SetInt("Index", 2);
+  tree.AddChild("Info").SetString("Name", "x");
+  EXPECT_EQ(PropertySerializer::ToString(tree, true),
+            "{\n"
+            "  \"class\": \"Doc\",\n"
+            "  \"entries\": [\n"
+            "    {\"key\": \"Index\", \"int\": 2},\n"
+            "    {\"key\": \"Info\", \"node\": {\n"
+            "      \"entries\": [\n"
+            "        {\"key\": \"Name\", \"string\": \"x\"}\n"
+            "      ]\n"
+            "    }}\n"
+            "  ]\n"
+            "}\n");
+  EXPECT_EQ(PropertySerializer::ToString(Property(), false), "{\"entries\":[]}");
+}
+
+TEST(PropertySerializerTest, MalformedTextThrowsPropertyExceptionNamingThePlace) {
+  struct Case {
+    const char* text;
+    const char* expected;  // part of the message
+  };
+  const Case cases[] = {
+      {"", "parse error"},
+      {"{\"entries\": [", "parse error"},
+      {"[]", "at $: a node must be an object"},
+      {"{}", "missing field 'entries'"},
+      {"{\"entries\": {}}", "$.entries: must be an array"},
+      {"{\"entries\": [], \"extra\": 1}", "unknown field 'extra'"},
+      {"{\"class\": 5, \"entries\": []}", "'class' must be a string"},
+      {"{\"entries\": [5]}", "$.entries[0]: an entry must be an object"},
+      {"{\"entries\": [{\"int\": 1}]}", "missing field 'key'"},
+      {"{\"entries\": [{\"key\": \"a\"}]}", "the entry has no value"},
+      {"{\"entries\": [{\"key\": \"a\", \"int\": 1, \"bool\": true}]}", "exactly one value"},
+      {"{\"entries\": [{\"key\": \"a\", \"float\": 1}]}", "unknown value type 'float'"},
+      {"{\"entries\": [{\"key\": \"a\", \"int\": 2147483648}]}", "out of range"},
+      {"{\"entries\": [{\"key\": \"a\", \"int\": 1.5}]}", "must be a JSON integer"},
+      {"{\"entries\": [{\"key\": \"a\", \"int64\": 18446744073709551615}]}", "out of range"},
+      {"{\"entries\": [{\"key\": \"a\", \"bool\": 1}]}", "true or false"},
+      {"{\"entries\": [{\"key\": \"a\", \"double\": \"huge\"}]}", "a double value"},
+      {"{\"entries\": [{\"key\": \"a\", \"double\": \"nan(0x0000000000000001)\"}]}",
+       "a double value"},
+      {"{\"entries\": [{\"key\": \"a\", \"bytes\": \"!!!\"}]}", "not valid base64"},
+      {"{\"entries\": [{\"key\": \"a\", \"string\": 3}]}", "JSON string"},
+      {"{\"entries\": [{\"key\": \"a\", \"node\": []}]}", "('a').node: a node must be an object"},
+      {"{\"entries\": [{\"key\": \"a\", \"collection\": [{\"entries\": 1}]}]}",
+       "$.entries[0] ('a').collection[0].entries: must be an array"},
+      {"{\"entries\": [{\"key\": \"a\", \"int\": 1}, {\"key\": \"a\", \"int\": 2}]}",
+       "occurs twice"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    try {
+      PropertySerializer::FromString(c.text);
+      ADD_FAILURE() << "no exception";
+    } catch (const PropertyException& e) {
+      EXPECT_THAT(e.what(), HasSubstr(c.expected));
+    }
+  }
+}
+
+TEST(PropertySerializerTest, DeepNestingIsRefusedNotOverflowed) {
+  std::string text;
+  const int depth = PropertySerializer::kMaxDepth + 5;
+  for (int i = 0; i < depth; ++i) text += "{\"entries\": [{\"key\": \"k\", \"node\": ";
+  text += "{\"entries\": []}";
+  for (int i = 0; i < depth; ++i) text += "}]}";
+  EXPECT_THROW(PropertySerializer::FromString(text), PropertyException);
+}
+
+TEST(PropertySerializerTest, TruncatedFileIsMalformedAndLeavesTreeUnchanged) {
+  canvaro_test::TempDir dir;
+  const Kelbra::ioPath file = dir / "doc.json";
+  {
+    auto out = Kelbra::Core::DataOutputFile::Create(file);
+    PropertySerializer::Serialize(MakeAwkwardTree(), out, true);
+    out->Close();
+  }
+  const auto size = std::filesystem::file_size(file.native());
+  std::filesystem::resize_file(file.native(), size / 2);
+
+  Property tree("Untouched");
+  tree.SetInt("kept", 1);
+  const Property before = tree;
+  try {
+    PropertySerializer::Deserialize(tree, Kelbra::Core::DataInputFile::Create(file));
+    ADD_FAILURE() << "no exception";
+  } catch (const PropertyException& e) {
+    EXPECT_THAT(e.what(), HasSubstr(file.string()));
+  }
+  EXPECT_EQ(tree, before);
+}
+
+TEST(PropertySerializerTest, ReadsFromFileWhatItWroteToFile) {
+  canvaro_test::TempDir dir;
+  const Property tree = MakeAwkwardTree();
+  {
+    auto out = Kelbra::Core::DataOutputFile::Create(dir / "doc.json");
+    PropertySerializer::Serialize(tree, out, false);
+    out->Close();
+  }
+  Property copy;
+  PropertySerializer::Deserialize(copy, Kelbra::Core::DataInputFile::Create(dir / "doc.json"));
+  EXPECT_EQ(copy, tree);
+}
+
+}  // namespace
