@@ -34,10 +34,23 @@ namespace Kelbra::Proc {
 enum class PixFmt : std::int32_t {
   None = -1,
   YUV420P = 0,
+  YUYV422 = 1,
   RGB24 = 2,
+  BGR24 = 3,
+  YUV422P = 4,
+  YUV444P = 5,
   Gray8 = 8,  // one byte per pixel: masks
+  PAL8 = 11,  // 8-bit indices; the 256-entry palette is an extra plane (see GetPlanesCount)
+  NV12 = 23,
+  ARGB = 25,
   RGBA = 26,
+  ABGR = 27,
   BGRA = 28,
+  Gray16LE = 30,
+  YUVA420P = 33,
+  GBRP = 71,
+  P010LE = 159,
+  GrayF32LE = 184,
 };
 
 namespace Details {
@@ -90,7 +103,9 @@ class IDataVideo : public virtual IRefCountable {
   virtual PixFmt GetPixFmt() const = 0;
   virtual const Conf::FrameInfo& GetFrameInfo() const = 0;
 
-  // Number of planes of the pixel format (1 for packed formats, 3 for YUV 4:2:0, ...).
+  // Number of planes of the pixel format (1 for packed formats, 3 for YUV 4:2:0, ...). A
+  // paletted format has one more: its palette (256 native-endian 32-bit ARGB entries, one row
+  // of 1024 bytes), so that planes describe every byte a picture needs.
   virtual unsigned GetPlanesCount() const = 0;
   // Plane `plane` (from 0, below GetPlanesCount()). No range check.
   virtual Details::PlaneTemplate<true> GetPlane(unsigned plane) const = 0;
