@@ -1,0 +1,82 @@
+// FrameItem: one frame of a FrameStorage: its geometry, its picture while it is in memory, and
+// the name of its swap file once it has one. Internal to the frame storage.
+//
+// States, from the fields (there is no state variable):
+//
+//   state                 picture  file name  file on disk
+//   in memory only        set      empty      none
+//   queued for save       set      set        not yet
+//   saved, swapped out    empty    set        yes
+//   saved, loaded back    set      set        yes
+//   dead                  empty    empty      none
+//
+// CheckForSave (storage thread) queues an item or drops a picture that is safe on disk; Save
+// (worker thread) writes a queued picture and releases it; LoadFrame (storage thread) reads it
+// back; Reset and Drop move an item to "in memory only" or "dead", deleting its file.
+//
+// Threads: the picture and the file name are guarded by the item's mutex, which every
+// operation takes alone (never while holding another lock of the storage). The geometry is
+// read and written on the storage's thread only. The item refers to the storage's swap
+// directory, which must outlive it.
+#pragma once
+
+#include <cstddef>
+#include <mutex>
+
+#include <boost/exception_ptr.hpp>
+
+#include "kelbra/Conf/FrameInfo.h"
+#include "kelbra/Drevin/ISerializer.h"
+#include "kelbra/Path.h"
+#include "kelbra/Proc/IDataVideo.h"
+
+namespace Kelbra::Canvaro {
+
+class FrameItem : public Drevin::ISerializable {
+ public:
+  // An item holding `frame` (may be empty) and, when present, a copy of its geometry.
+  FrameItem(const ioPath& swapDirectory, const Proc::IDataVideoPtr& frame);
+  FrameItem(const FrameItem&) = delete;
+  FrameItem& operator=(const FrameItem&) = delete;
+
+  // Decides whether the item joins a save batch, with `candidate` as its new file name. True
+  // only for an item in memory without a file name (the name is then assigned). An item whose
+  // file is already on disk releases its picture instead.
+  bool CheckForSave(const ioPath& candidate);
+  // Worker only: writes the picture to its file (atomically: under a temporary name, renamed
+  // when complete) and releases it. Never throws: returns the failure (a CanvaroException with
+  // SwapFileFailure) or an empty pointer. A failed save releases the picture too.
+  boost::exception_ptr Save() const;
+  // Reads the picture back from its file and keeps it (and the file name). Throws
+  // CanvaroException (SwapFileFailure) on failure, after clearing the file name.
+  void LoadFrame() const;
+  // The picture, loaded from the file when it is on disk only; empty for a dead item. Throws as
+  // LoadFrame.
+  Proc::IDataVideoPtr Get() const;
+
+  // Replaces the picture (deleting the swap file) and returns it; an empty `frame` keeps the
+  // geometry. Throws Core::FileException when the file cannot be removed.
+  Proc::IDataVideoPtr Reset(const Proc::IDataVideoPtr& frame);
+  // Deletes the swap file and releases the picture: the item becomes dead.
+  void Drop();
+
+  const Conf::FrameInfo& GetInfo() const { return info_; }
+  ioPath GetFileName() const;
+  // Bytes of the picture's buffer while it is in memory, else 0.
+  std::size_t GetMemorySize() const;
+
+  // The file name and the four geometry values.
+  void Serialize(const Drevin::ISerializerPtr& serializer) const override;
+  // Reads them back, keeping only the last component of the name. Throws CanvaroException
+  // (SwapFileFailure) when the named file does not exist in the swap directory.
+  void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
+
+ private:
+  const ioPath& swapDirectory_;
+  Conf::FrameInfo info_;
+  mutable std::mutex mutex_;
+  mutable Proc::IDataVideoPtr frame_;
+  mutable ioPath fileName_;
+};
+
+}  // namespace Kelbra::Canvaro

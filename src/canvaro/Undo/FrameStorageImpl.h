@@ -1,0 +1,78 @@
+// FrameStorage::Impl: the frames, the save queue and the worker thread behind FrameStorage.
+// Internal; FrameStorage documents the operations.
+//
+// Locks: each item's mutex; queueMutex_ (the queue and its batch counter); wakeMutex_ with
+// wakeCondition_, on which the worker sleeps and which it holds while it saves a batch;
+// doneMutex_ with doneCondition_ for WaitForPendingSaves. No item mutex is held while
+// queueMutex_ or wakeMutex_ is taken; the storage's thread never nests queueMutex_ and
+// wakeMutex_; the worker takes queueMutex_ and doneMutex_ only briefly inside wakeMutex_.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "canvaro/Undo/FrameItem.h"
+#include "canvaro/Undo/FrameStorage.h"
+
+namespace Kelbra::Canvaro {
+
+class FrameStorage::Impl : public Drevin::ISerializable {
+ public:
+  // Starts the worker; std::system_error propagates when it cannot be started.
+  Impl(const ioPath& swapDirectory, std::function<std::string()> nameGenerator);
+  // Lets the worker drain the queue, joins it, and removes the swap directory if failed.
+  ~Impl() override;
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+
+  Index AddFrame(const Proc::IDataVideoPtr& frame);
+  Proc::IDataVideoPtr GetFrame(Index index) const;
+  const Conf::FrameInfo& GetFrameInfo(Index index) const;
+  Proc::IDataVideoPtr Reset(Index index, const Proc::IDataVideoPtr& frame);
+  void Truncate(Index count);
+  std::uint64_t GetSize() const;
+  void Swap(const std::vector<Index>& indices) const;
+  void SwapExcept(const std::vector<Index>& keep) const;
+
+  void Serialize(const Drevin::ISerializerPtr& serializer) const override;
+  void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
+  Index DeserializeItem(const Drevin::ISerializerConstPtr& serializer);
+
+  Index GetCount() const;
+  void WaitForPendingSaves() const;
+  bool IsFailed() const;
+  const ioPath& GetSwapDirectory() const;
+  ioPath GetFileName(Index index) const;
+
+ private:
+  using Batch = std::vector<std::shared_ptr<FrameItem>>;
+
+  // The worker's body: saves queued batches in order until the storage is destroyed and the
+  // queue is empty.
+  void SaveThreadFunction();
+
+  std::vector<std::shared_ptr<FrameItem>> items_;
+  const ioPath swapDirectory_;
+  const std::function<std::string()> nameGenerator_;
+  std::atomic<bool> running_{true};
+  std::thread worker_;
+  mutable std::mutex queueMutex_;
+  mutable std::deque<Batch> saveQueue_;
+  mutable std::uint64_t queuedBatches_ = 0;  // guarded by queueMutex_
+  mutable std::mutex wakeMutex_;
+  mutable std::condition_variable wakeCondition_;
+  mutable std::atomic<bool> failed_{false};
+  mutable std::mutex doneMutex_;
+  mutable std::condition_variable doneCondition_;
+  std::uint64_t finishedBatches_ = 0;  // guarded by doneMutex_
+};
+
+}  // namespace Kelbra::Canvaro
