@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/PropertyKeys.h"
@@ -92,14 +91,6 @@ TEST(BlenderInitializerTest, EightBitFieldsTakeTheLowByteOfWhatIsStored) {
   // Absent keys keep the current values.
   EXPECT_EQ(read.GetMaskType(), 2);
   EXPECT_EQ(read.GetColor(), kColor);
-}
-
-TEST(BlenderInitializerTest, ValueOfAnotherTypeIsAWrongType) {
-  Core::Property tree;
-  tree.SetString("keyBlenderSettingsMaskColor", "red");
-  Initializer read(kMaskType, kColor);
-  EXPECT_THROW(read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))),
-               Core::WrongTypeIsRequested);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "canvaro/foundation/CanvaroException.h"
-#include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "kelbra/Proc/ImplNames.h"
@@ -56,17 +55,6 @@ TEST(EffectSettingsTest, NewEffectHasTheDefaultImplementationAndIsNotAdditive) {
   EXPECT_EQ(effect->GetImplName(), Proc::ImplNames::DEFAULT);
   EXPECT_EQ(effect->GetImplName(), "default");
   EXPECT_FALSE(effect->IsAdditive());
-}
-
-TEST(EffectSettingsTest, LastReleaseDeletesAndClonesCountOnTheirOwn) {
-  IEffectSettings::Ptr effect = TestEffect::Make("Blur", 2);
-  IEffectSettings::Ptr second = effect;
-  EXPECT_EQ(effect->GetRefCount(), 2);
-  const IEffectSettings::Ptr clone = effect->Clone();
-  EXPECT_EQ(clone->GetRefCount(), 1);
-  EXPECT_TRUE(clone->IsEqual(*effect));
-  second.reset();
-  EXPECT_EQ(effect->GetRefCount(), 1);
 }
 
 TEST(EffectSettingsTest, WritesAndReadsTheImplementationName) {
@@ -223,15 +211,6 @@ TEST(EffectSettingsListTest, ReadingStoredEffectsIsNotImplemented) {
                                 list);
   });
   EXPECT_TRUE(list.empty());
-}
-
-TEST(EffectSettingsListTest, ListKeyOfAnotherTypeIsAWrongType) {
-  Core::Property tree;
-  tree.SetInt("list", 3);
-  IEffectSettings::List list;
-  EXPECT_THROW(EffectSettings::Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)),
-                                           "list", list),
-               Core::WrongTypeIsRequested);
 }
 
 }  // namespace
