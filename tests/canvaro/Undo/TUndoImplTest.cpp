@@ -1,0 +1,225 @@
+#include "canvaro/Undo/TUndoImpl.h"
+
+#include <memory>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/shapes/ShapeInfo.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/TestShape.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using ::testing::ElementsAre;
+
+// A small settings record.
+struct Note : Drevin::ISerializable {
+  Note() = default;
+  explicit Note(std::string t) : text(std::move(t)) {}
+  void Serialize(const Drevin::ISerializerPtr& s) const override { s->WriteString("Text", text); }
+  void Deserialize(const Drevin::ISerializerConstPtr& s) override {
+    text = s->ReadString("Text", text);
+  }
+  std::string GetClassId() const override { return "Note"; }
+  std::string text;
+};
+
+struct Stroke {
+  int id = 0;
+};
+
+using History = TUndoImpl<Note, Stroke>;
+
+// A history that keeps each item's mask as an entry of the item's node.
+class MaskedHistory : public TUndoImplBottom<Note, Stroke> {
+ public:
+  MaskedHistory() : TUndoImpl<Note, Stroke>(nullptr), TUndoImplBottom(nullptr) {}
+  void SerializeMask(const UndoItem& item, const Drevin::ISerializerPtr& s) const override {
+    if (item.GetMask()) s->WriteInt("Stroke", item.GetMask()->id);
+  }
+  void DeserializeMask(UndoItem& item, const Drevin::ISerializerConstPtr& s) override {
+    if (s->Has("Stroke")) item.SetMask(std::make_shared<Stroke>(Stroke{s->ReadInt("Stroke", 0)}));
+  }
+};
+
+std::vector<std::string> Texts(const History& history) {
+  std::vector<std::string> texts;
+  for (Index i = 0; i < history.GetItemCount(); ++i) texts.push_back(history.Get(i).GetInfo().text);
+  return texts;
+}
+
+TEST(TUndoImplTest, MaxIndexTreatsNoIndexAsNone) {
+  EXPECT_EQ(MaxIndex(kNoIndex, kNoIndex), kNoIndex);
+  EXPECT_EQ(MaxIndex(kNoIndex, 3), 3u);
+  EXPECT_EQ(MaxIndex(5, kNoIndex), 5u);
+  EXPECT_EQ(MaxIndex(5, 7), 7u);
+  EXPECT_EQ(MaxIndex(0, kNoIndex), 0u);
+}
+
+TEST(TUndoImplTest, PushUndoRedoAndTheRedoTail) {
+  History history(nullptr);
+  EXPECT_EQ(history.GetCurrentIndexImpl(), kNoIndex);
+  EXPECT_TRUE(history.IsUndoEnabledImpl());  // tested against 0 only
+  EXPECT_FALSE(history.IsRedoEnabledImpl());
+
+  EXPECT_TRUE(history.Push(Note("a")));
+  EXPECT_EQ(history.GetCurrentIndexImpl(), 0u);
+  EXPECT_EQ(history.Get(0).GetFrameIndex(), kNoIndex);
+  EXPECT_FALSE(history.Get(0).GetMask());
+  EXPECT_FALSE(history.IsUndoEnabledImpl());
+
+  for (const char* text : {"b", "c", "d"}) history.Push(Note(text));
+  EXPECT_FALSE(history.IsRedoEnabledImpl());
+  history.UndoImpl();
+  EXPECT_TRUE(history.IsRedoEnabledImpl());
+  history.UndoImpl();
+  EXPECT_EQ(history.GetCurrentIndexImpl(), 1u);
+  EXPECT_TRUE(history.StayInMemory(1));
+  EXPECT_FALSE(history.StayInMemory(3));
+
+  history.Push(Note("e"));  // drops exactly c and d
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b", "e"));
+  EXPECT_EQ(history.GetCurrentIndexImpl(), 2u);
+
+  history.UndoImpl();
+  history.RedoImpl();
+  history.UndoImpl();
+  history.TruncateImpl();
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
+  EXPECT_FALSE(history.IsRedoEnabledImpl());
+}
+
+TEST(TUndoImplTest, ItemsShareTheirMasks) {
+  History history(nullptr);
+  auto stroke = std::make_shared<Stroke>(Stroke{1});
+  history.Push(Note("a"));
+  history.Get(0).SetMask(stroke);
+  history.Push(Note("b"));
+  history.Get(1).SetMask(stroke);
+  EXPECT_EQ(stroke.use_count(), 3);
+  history.UndoImpl();
+  history.TruncateImpl();
+  EXPECT_EQ(stroke.use_count(), 2);
+}
+
+TEST(TUndoImplTest, LastActiveFrameLooksUpToTheCursorOnly) {
+  History history(nullptr);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+  history.Push(Note("a"));
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+  history.Get(0).SetFrameIndex(4);
+  history.Push(Note("b"));  // no frame of its own
+  history.Push(Note("c"));
+  history.Get(2).SetFrameIndex(2);
+  history.Push(Note("d"));
+  history.Get(3).SetFrameIndex(9);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), 9u);
+  history.UndoImpl();
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), 4u);
+  history.UndoImpl();
+  history.UndoImpl();
+  history.Get(0).SetFrameIndex(kNoIndex);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+}
+
+TEST(TUndoImplTest, SavesIndexAndItemsAndReadsThemBack) {
+  MaskedHistory history;
+  history.Push(Note("base"));
+  history.Get(0).SetFrameIndex(0);
+  history.Push(Note("second"));
+  history.Get(1).SetMask(std::make_shared<Stroke>(Stroke{42}));
+  history.UndoImpl();
+
+  Core::Property tree;
+  history.Serialize(Drevin::SerializerProperty::Create(tree));
+  EXPECT_EQ(tree.GetInt("Index"), 0);
+  const auto& items = tree.GetCollection("Items");
+  ASSERT_EQ(items.size(), 2u);
+  EXPECT_EQ(items[0].GetChild("Info").GetClassId(), "Note");
+  EXPECT_EQ(items[0].GetChild("Info").GetString("Text"), "base");
+  EXPECT_EQ(items[0].GetInt("FrameIndex"), 0);
+  EXPECT_EQ(items[1].GetInt("FrameIndex"), -1);
+  EXPECT_FALSE(items[0].Has("Stroke"));
+  EXPECT_EQ(items[1].GetInt("Stroke"), 42);
+
+  MaskedHistory read;
+  read.Push(Note("old"));
+  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  EXPECT_EQ(read.GetItemCount(), 2u);
+  EXPECT_EQ(read.GetCurrentIndexImpl(), 0u);
+  EXPECT_EQ(read.Get(0).GetInfo().text, "base");
+  EXPECT_EQ(read.Get(0).GetFrameIndex(), 0u);
+  EXPECT_EQ(read.Get(1).GetFrameIndex(), kNoIndex);
+  ASSERT_TRUE(read.Get(1).GetMask());
+  EXPECT_EQ(read.Get(1).GetMask()->id, 42);
+}
+
+TEST(TUndoImplTest, IncompleteOrBadSavesLeaveTheHistoryAlone) {
+  History history(nullptr);
+  history.Push(Note("a"));
+  history.Push(Note("b"));
+
+  Core::Property noItems;
+  noItems.SetInt("Index", 0);
+  history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(noItems)));
+  history.Deserialize(nullptr);
+  Core::Property noIndex;
+  noIndex.AddCollection("Items").emplace_back();
+  history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(noIndex)));
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
+  EXPECT_EQ(history.GetCurrentIndexImpl(), 1u);
+
+  Core::Property outside;
+  outside.SetInt("Index", 1);
+  outside.AddCollection("Items").emplace_back().AddChild("Info").SetString("Text", "x");
+  try {
+    history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(outside)));
+    FAIL() << "no exception";
+  } catch (const CanvaroException& e) {
+    ASSERT_NE(boost::get_error_info<TagDescription>(e), nullptr);
+  }
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
+
+  Core::Property empty;
+  empty.SetInt("Index", -1);
+  empty.AddCollection("Items");
+  history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(empty)));
+  EXPECT_EQ(history.GetItemCount(), 0u);
+  EXPECT_EQ(history.GetCurrentIndexImpl(), kNoIndex);
+}
+
+TEST(TUndoImplTest, ShapeHistoriesRoundTripThroughTheKindRegistry) {
+  TUndoImpl<ShapeInfo, void*> history(nullptr);
+  auto shape = canvaro_test::TestShape::Create(IToolsId::SHAPE_FRAME);
+  shape->SetIndex(2);
+  history.Push(ShapeInfo(*shape));
+  shape->SetVisible(false);
+  history.Push(ShapeInfo(*shape));
+
+  Core::Property tree;
+  history.Serialize(Drevin::SerializerProperty::Create(tree));
+  EXPECT_EQ(tree.GetCollection("Items")[0].GetChild("Info").GetClassId(), "TestShape");
+
+  TUndoImpl<ShapeInfo, void*> read(nullptr);
+  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  ASSERT_EQ(read.GetItemCount(), 2u);
+  EXPECT_TRUE(read.Get(0).GetInfo() == history.Get(0).GetInfo());
+  EXPECT_TRUE(read.Get(0).GetInfo()->IsVisible());
+  EXPECT_FALSE(read.Get(1).GetInfo()->IsVisible());
+  EXPECT_EQ(read.Get(1).GetInfo()->GetIndex(), 2);
+}
+
+TEST(TUndoImplTest, FrameSizeIsThePicturesBufferSize) {
+  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, Conf::FrameInfo{16, 8, 1, 1});
+  EXPECT_EQ(History::GetFrameSize(picture), picture->GetBufferSize());
+  EXPECT_GE(History::GetFrameSize(picture), 16u * 8u * 4u);
+  EXPECT_EQ(History::GetFrameSize(nullptr), 0u);
+}
+
+}  // namespace

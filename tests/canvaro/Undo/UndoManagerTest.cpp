@@ -1,0 +1,459 @@
+#include "canvaro/Undo/UndoManager.h"
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/Undo/FrameStorage.h"
+#include "canvaro/Undo/TUndoImpl.h"
+#include "canvaro/foundation/CanvaroException.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/RecordingObserver.h"
+#include "support/TempDir.h"
+#include "support/TestShape.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using canvaro_test::RecordingObserver;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using Reason = IDrawerEventHandler::EventFrameReason;
+using Handler = IDrawerEventHandler;
+
+struct Note : Drevin::ISerializable {
+  Note() = default;
+  explicit Note(std::string t) : text(std::move(t)) {}
+  void Serialize(const Drevin::ISerializerPtr& s) const override { s->WriteString("Text", text); }
+  void Deserialize(const Drevin::ISerializerConstPtr& s) override {
+    text = s->ReadString("Text", text);
+  }
+  std::string text;
+};
+
+// A participant: a small history on the template that publishes drawer events on its own list
+// (the manager observes it) and writes what it is asked to do into a shared journal.
+class Participant : public TUndoImplTop<Note, void*>, public DrawerEventHandlerList {
+ public:
+  Participant(std::string name, std::vector<std::string>& journal, FrameStorage* storage = nullptr)
+      : TUndoImpl<Note, void*>(storage),
+        TUndoImplTop(storage),
+        name_(std::move(name)),
+        journal_(journal) {}
+
+  // Pushes a state and reports the change as the document would.
+  void Edit(const std::string& text, Index frame = kNoIndex) {
+    Push(Note(text));
+    Get(GetCurrentIndexImpl()).SetFrameIndex(frame);
+  }
+
+  void MultiUndo() override {
+    journal_.push_back(name_ + " undo");
+    if (onUndo) onUndo();
+    UndoImpl();
+    Raise(Reason::Undo);
+  }
+  void MultiRedo() override {
+    journal_.push_back(name_ + " redo");
+    RedoImpl();
+    Raise(Reason::Redo);
+  }
+  void Truncate() override {
+    ++truncations;
+    TUndoImplTop::Truncate();
+  }
+  std::string GetMultiName() const override { return name_; }
+
+  std::string Text() const { return Get(GetCurrentIndexImpl()).GetInfo().text; }
+
+  void Publish(const Handler::DrawerEventFrame& e) {
+    PerformForEachEventHandler(Core::EventPublisher(&Handler::HandleFrame, e));
+  }
+  void Publish(const Handler::DrawerEventToolIdChange& e) {
+    PerformForEachEventHandler(Core::EventPublisher(&Handler::HandleToolIdChange, e));
+  }
+  void Publish(const Handler::DrawerEventChangeToSave& e) {
+    PerformForEachEventHandler(Core::EventPublisher(&Handler::HandleChangeToSave, e));
+  }
+  void Publish(const Handler::DrawerEventShapeItem& e) {
+    PerformForEachEventHandler(Core::EventPublisher(&Handler::HandleChangeShapeItem, e));
+  }
+  void Publish(const Handler::DrawerEventFrameTemporary& e) {
+    PerformForEachEventHandler(Core::EventPublisher(&Handler::HandleFrameTemporary, e));
+  }
+
+  // What to publish on undo and redo: a shape-item event, a frame event and a tool change, in
+  // an order the manager has to rearrange.
+  bool raises = false;
+  std::function<void()> onUndo;
+  int truncations = 0;
+
+ private:
+  void Raise(Reason reason) {
+    if (!raises) return;
+    Publish(Handler::DrawerEventShapeItem(ShapeInfo(), reason));
+    Publish(Handler::DrawerEventFrame(reason));
+    Publish(Handler::DrawerEventToolIdChange(IToolsId::SHAPE_ARROW));
+  }
+
+  std::string name_;
+  std::vector<std::string>& journal_;
+};
+
+class UndoManagerTest : public ::testing::Test {
+ protected:
+  UndoManagerTest()
+      : storage_(dir_.path(), [n = 0]() mutable { return "frame" + std::to_string(n++); }),
+        manager_(UndoManager::Create(storage_)) {
+    manager_->GetTransactionManager().RegisterHandler(&observer_);
+    for (Participant* p : {&a_, &b_, &c_}) {
+      p->RegisterEventHandler(manager_.get());
+      p->Edit(p->GetMultiName() + "0");  // every participant has a base state
+    }
+  }
+
+  // A change of `p`: a new state, then the step.
+  void Change(Participant& p, const std::string& text, Index frame = kNoIndex) {
+    p.Edit(text, frame);
+    manager_->Add(&p);
+  }
+
+  canvaro_test::TempDir dir_;
+  FrameStorage storage_;
+  IUndoManagerPtr manager_;
+  RecordingObserver observer_;
+  std::vector<std::string> journal_;
+  Participant a_{"A", journal_, &storage_};
+  Participant b_{"B", journal_, &storage_};
+  Participant c_{"C", journal_, &storage_};
+};
+
+TEST_F(UndoManagerTest, StepsUndoAndRedoAcrossParticipants) {
+  EXPECT_EQ(manager_->GetCurrentStep(), -1);
+  EXPECT_FALSE(manager_->IsRedoEnabled());
+  EXPECT_EQ(manager_->GetCoreSize(), 0u);
+
+  Change(a_, "A1");
+  Change(b_, "B1");
+  Change(a_, "A2");
+  EXPECT_EQ(manager_->GetStepCount(), 3u);
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "undo", "undo"));
+  EXPECT_TRUE(manager_->IsUndoEnabled());
+
+  manager_->Undo();
+  EXPECT_EQ(a_.Text(), "A1");
+  EXPECT_TRUE(manager_->IsRedoEnabled());
+  manager_->Undo();
+  EXPECT_EQ(b_.Text(), "B0");
+  EXPECT_EQ(manager_->GetCurrentStep(), 0);
+  EXPECT_FALSE(manager_->IsUndoEnabled());  // step 0 is the base state
+  EXPECT_THAT(journal_, ElementsAre("A undo", "B undo"));
+
+  manager_->Redo();
+  manager_->Redo();
+  EXPECT_EQ(a_.Text(), "A2");
+  EXPECT_FALSE(manager_->IsRedoEnabled());
+  manager_->Undo();
+  EXPECT_EQ(b_.Text(), "B1");
+  EXPECT_EQ(manager_->GetCurrentStep(), 1);
+  EXPECT_THAT(journal_, ElementsAre("A undo", "B undo", "B redo", "A redo", "A undo"));
+
+  // A new step after an undo drops the redo steps.
+  Change(c_, "C1");
+  EXPECT_EQ(manager_->GetStepCount(), 3u);
+  EXPECT_FALSE(manager_->IsRedoEnabled());
+}
+
+TEST_F(UndoManagerTest, AddAfterUndoLeavesTwoStepsAndNoRedo) {
+  Change(a_, "A1");
+  Change(a_, "A2");
+  manager_->Undo();
+  Change(b_, "B1");
+  EXPECT_EQ(manager_->GetStepCount(), 2u);
+  EXPECT_FALSE(manager_->IsRedoEnabled());
+}
+
+TEST_F(UndoManagerTest, TransactionsMakeOneStepAndUndoItBackwards) {
+  Change(a_, "A1");
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
+    Change(a_, "A2");
+    Change(b_, "B1");
+    Change(a_, "A3");  // twice in one step: undone twice
+    EXPECT_EQ(manager_->GetStepCount(), 1u);
+    EXPECT_THAT(observer_.log, ElementsAre("undo"));  // gathered, not delivered
+  }
+  EXPECT_EQ(manager_->GetStepCount(), 2u);
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "undo"));
+
+  manager_->Undo();
+  EXPECT_THAT(journal_, ElementsAre("A undo", "B undo", "A undo"));
+  EXPECT_EQ(a_.Text(), "A1");
+  EXPECT_EQ(b_.Text(), "B0");
+  manager_->Redo();
+  EXPECT_THAT(journal_, ElementsAre("A undo", "B undo", "A undo", "A redo", "B redo", "A redo"));
+  EXPECT_EQ(a_.Text(), "A3");
+}
+
+TEST_F(UndoManagerTest, EmptyCommitMakesNoStepAndDeliversNothing) {
+  Change(a_, "A1");
+  observer_.log.clear();
+  manager_->GetTransactionManager().TransactionStart();
+  a_.Publish(Handler::DrawerEventFrame(Reason::Change));
+  manager_->GetTransactionManager().TransactionCommit();
+  EXPECT_EQ(manager_->GetStepCount(), 1u);
+  EXPECT_TRUE(observer_.log.empty());
+
+  // The gathered event waits for the next delivery ...
+  Change(b_, "B1");
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "frame 3"));
+
+  // ... unless a transaction starts first: that drops it.
+  observer_.log.clear();
+  manager_->GetTransactionManager().TransactionStart();
+  a_.Publish(Handler::DrawerEventFrame(Reason::Change));
+  manager_->GetTransactionManager().TransactionCommit();
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
+    Change(c_, "C1");
+  }
+  EXPECT_THAT(observer_.log, ElementsAre("undo"));
+}
+
+TEST_F(UndoManagerTest, RollbackUndoesInReverseOrderAndMakesNoStep) {
+  Change(a_, "A1");
+  observer_.log.clear();
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager(), false);
+    Change(a_, "A2");
+    Change(b_, "B1");
+    Change(c_, "C1");
+  }
+  EXPECT_THAT(journal_, ElementsAre("C undo", "B undo", "A undo"));
+  EXPECT_EQ(manager_->GetStepCount(), 1u);
+  EXPECT_EQ(a_.Text(), "A1");
+  EXPECT_EQ(c_.Text(), "C0");
+  EXPECT_TRUE(observer_.log.empty());
+
+  // Not gathering any more: the next change is delivered at once.
+  Change(b_, "B2");
+  EXPECT_THAT(observer_.log, ElementsAre("undo"));
+}
+
+TEST_F(UndoManagerTest, GatheredEventsAreCoalescedAndDeliveredInAFixedOrder) {
+  Change(a_, "A1");
+  observer_.log.clear();
+  auto& transaction = manager_->GetTransactionManager();
+  transaction.TransactionStart();
+  a_.Publish(Handler::DrawerEventShapeItem(ShapeInfo(), Reason::Change));
+  a_.Publish(Handler::DrawerEventFrame(Reason::Change));
+  a_.Publish(Handler::DrawerEventToolIdChange(Handler::DrawerEventToolIdChange::kNoToolId));
+  a_.Publish(Handler::DrawerEventFrame(Reason::Undo));
+  a_.Publish(Handler::DrawerEventToolIdChange(IToolsId::SHAPE_LINE));  // replaces the "none"
+  a_.Publish(Handler::DrawerEventFrame(Reason::Change));               // same reason: dropped
+  a_.Publish(Handler::DrawerEventToolIdChange(IToolsId::TEXT));        // a tool is set: ignored
+  a_.Publish(Handler::DrawerEventChangeToSave());
+  a_.Publish(Handler::DrawerEventShapeItem(ShapeInfo(), Reason::Redo));
+  b_.Publish(Handler::DrawerEventFrameTemporary());  // never held
+  manager_->Add(&b_);
+  EXPECT_THAT(observer_.log, ElementsAre("temporary"));
+  transaction.TransactionCommit();
+  EXPECT_THAT(observer_.log, ElementsAre("temporary", "undo", "save", "tool 2", "frame 3",
+                                         "frame 1", "shape 3", "shape 2"));
+
+  // Outside a transaction each event goes at once.
+  observer_.log.clear();
+  a_.Publish(Handler::DrawerEventFrame(Reason::Change));
+  a_.Publish(Handler::DrawerEventFrame(Reason::Change));
+  EXPECT_THAT(observer_.log, ElementsAre("frame 3", "frame 3"));
+}
+
+TEST_F(UndoManagerTest, EventsRaisedDuringUndoArriveOnceAtTheEnd) {
+  Change(a_, "A1");
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
+    Change(a_, "A2");
+    Change(b_, "B1");
+  }
+  a_.raises = b_.raises = true;
+  observer_.log.clear();
+
+  // An observer sees the whole step replayed when its first event arrives.
+  std::vector<std::string> seenAtFirstEvent;
+  struct Peek : RecordingObserver {
+    std::function<void()> onFirst;
+    void HandleUndo(const DrawerEventUndo& e) override {
+      RecordingObserver::HandleUndo(e);
+      if (onFirst) std::exchange(onFirst, nullptr)();
+    }
+  } peek;
+  peek.onFirst = [&] { seenAtFirstEvent = {a_.Text(), b_.Text()}; };
+  manager_->GetTransactionManager().RegisterHandler(&peek);
+
+  manager_->Undo();
+  EXPECT_THAT(seenAtFirstEvent, ElementsAre("A1", "B0"));
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "tool 1", "frame 1", "shape 1", "shape 1"));
+
+  observer_.log.clear();
+  manager_->Redo();
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "tool 1", "frame 2", "shape 2", "shape 2"));
+}
+
+TEST_F(UndoManagerTest, AParticipantFailingDuringUndoStillGetsTheEventsDelivered) {
+  Change(a_, "A1");
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
+    Change(a_, "A2");
+    Change(b_, "B1");
+  }
+  b_.raises = true;
+  a_.onUndo = [] { throw std::runtime_error("cannot load the frame"); };
+  observer_.log.clear();
+
+  EXPECT_THROW(manager_->Undo(), std::runtime_error);
+  // B was undone first and reported; A failed; the step stays current.
+  EXPECT_THAT(observer_.log, ElementsAre("tool 1", "frame 1", "shape 1"));
+  EXPECT_EQ(manager_->GetCurrentStep(), 1);
+
+  // The manager is not left gathering.
+  observer_.log.clear();
+  a_.Publish(Handler::DrawerEventChangeToSave());
+  EXPECT_THAT(observer_.log, ElementsAre("save"));
+}
+
+TEST_F(UndoManagerTest, TruncateReleasesFramesNoRemainingStepUses) {
+  auto frame = [&] {
+    return storage_.AddFrame(
+        Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, Conf::FrameInfo{4, 4, 1, 1}));
+  };
+  a_.Get(0).SetFrameIndex(frame());  // 0
+  b_.Get(0).SetFrameIndex(frame());  // 1
+  manager_->Add(&a_);
+  Change(b_, "B1", frame());  // 2
+  Change(a_, "A1", frame());  // 3
+  Change(b_, "B2", frame());  // 4
+  Change(a_, "A2", frame());  // 5
+  ASSERT_EQ(storage_.GetCount(), 6u);
+  ASSERT_EQ(manager_->GetStepCount(), 5u);
+
+  manager_->Undo();
+  manager_->Undo();  // cursor on step 2: A at A1 (frame 3), B at B1 (frame 2)
+  manager_->Truncate();
+
+  EXPECT_EQ(manager_->GetStepCount(), 3u);
+  EXPECT_FALSE(manager_->IsRedoEnabled());
+  EXPECT_EQ(a_.truncations, 1);  // once, though A stands in three steps
+  EXPECT_EQ(b_.truncations, 1);
+  EXPECT_EQ(c_.truncations, 0);  // in no step
+  EXPECT_EQ(a_.GetItemCount(), 2u);
+  EXPECT_EQ(b_.GetItemCount(), 2u);
+  EXPECT_EQ(storage_.GetCount(), 4u);  // frames 4 and 5 are gone
+  EXPECT_NE(storage_.GetFrame(3), nullptr);
+}
+
+TEST_F(UndoManagerTest, TruncateWithoutFramesKeepsTheStorage) {
+  storage_.AddFrame(Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, Conf::FrameInfo{4, 4, 1, 1}));
+  Change(a_, "A1");
+  Change(a_, "A2");
+  manager_->Undo();
+  manager_->Truncate();
+  EXPECT_EQ(manager_->GetStepCount(), 1u);
+  EXPECT_EQ(storage_.GetCount(), 1u);
+}
+
+TEST_F(UndoManagerTest, TheStepListIsSavedByNameAndLoadedBack) {
+  manager_->SetCurrentTool(IToolsId::SHAPE_MARKER);
+  Change(a_, "A1");
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
+    Change(b_, "B1");
+    Change(c_, "C1");
+  }
+  Change(a_, "A2");
+  manager_->Undo();
+
+  Core::Property tree;
+  manager_->Serialize(Drevin::SerializerProperty::Create(tree));
+  std::vector<std::string> keys;
+  for (const auto& entry : tree.Entries()) keys.push_back(entry.key);
+  EXPECT_THAT(keys, ElementsAre("ToolName", "Index", "Storage"));
+  EXPECT_EQ(tree.GetString("ToolName"), "SHAPE_MARKER");
+  EXPECT_EQ(tree.GetInt("Index"), 1);
+  const auto& steps = tree.GetCollection("Storage");
+  ASSERT_EQ(steps.size(), 3u);
+  const auto& second = steps[1].GetCollection("ItemList");
+  ASSERT_EQ(second.size(), 2u);
+  EXPECT_EQ(second[0].GetString("Item"), "B");
+  EXPECT_EQ(second[1].GetString("Item"), "C");
+
+  // A fresh manager over the same participants.
+  IUndoManagerPtr loaded = UndoManager::Create(storage_);
+  RecordingObserver loadObserver;
+  loaded->GetTransactionManager().RegisterHandler(&loadObserver);
+  for (Participant* p : {&a_, &b_, &c_, &a_}) loaded->SetAvailableItem(p);
+  loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  EXPECT_EQ(loaded->GetStepCount(), 3u);
+  EXPECT_EQ(loaded->GetCurrentStep(), 1);
+  EXPECT_EQ(loaded->GetCurrentToolID(), IToolsId::SHAPE_MARKER);
+
+  journal_.clear();
+  loaded->Undo();
+  EXPECT_THAT(journal_, ElementsAre("C undo", "B undo"));
+  loaded->Redo();
+  loaded->Redo();
+  EXPECT_THAT(journal_, ElementsAre("C undo", "B undo", "B redo", "C redo", "A redo"));
+}
+
+TEST_F(UndoManagerTest, LoadingANameNeverMadeAvailableThrowsNamingIt) {
+  Change(a_, "A1");
+  Change(b_, "B1");
+  Core::Property tree;
+  manager_->Serialize(Drevin::SerializerProperty::Create(tree));
+
+  IUndoManagerPtr loaded = UndoManager::Create(storage_);
+  loaded->SetAvailableItem(&a_);
+  try {
+    loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+    FAIL() << "no exception";
+  } catch (const CanvaroException& e) {
+    const std::string* text = boost::get_error_info<TagDescription>(e);
+    ASSERT_NE(text, nullptr);
+    EXPECT_THAT(*text, HasSubstr("'B'"));
+    EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+  }
+  EXPECT_EQ(loaded->GetStepCount(), 0u);
+  EXPECT_EQ(loaded->GetCurrentStep(), -1);
+
+  // A saved cursor outside the saved steps is refused as well.
+  tree.SetInt("Index", 7);
+  loaded->SetAvailableItem(&b_);
+  EXPECT_THROW(loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))),
+               CanvaroException);
+  EXPECT_EQ(loaded->GetStepCount(), 0u);
+
+  // An empty node or no node loads nothing.
+  loaded->Deserialize(nullptr);
+  loaded->Deserialize(Drevin::SerializerProperty::Create(Core::Property()));
+  EXPECT_EQ(loaded->GetStepCount(), 0u);
+  EXPECT_EQ(loaded->GetCurrentStep(), -1);
+}
+
+TEST_F(UndoManagerTest, ObserversComeAndGoThroughTheTransactionInterface) {
+  RecordingObserver extra;
+  auto& transaction = manager_->GetTransactionManager();
+  transaction.RegisterHandler(&extra);
+  transaction.RegisterHandler(&extra);
+  Change(a_, "A1");
+  transaction.UnregisterHandler(&extra);
+  Change(a_, "A2");
+  EXPECT_THAT(extra.log, ElementsAre("undo"));
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "undo"));
+}
+
+}  // namespace

@@ -1,0 +1,199 @@
+#include "kelbra/Core/EventHandlerList.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Kelbra::Core::EventHandlerList;
+using Kelbra::Core::EventPublisher;
+using ::testing::ElementsAre;
+
+struct Event {
+  int value = 0;
+};
+
+class IObserver {
+ public:
+  virtual ~IObserver() = default;
+  virtual void OnEvent(const Event& event) = 0;
+};
+
+using List = EventHandlerList<IObserver>;
+
+// Records the events it sees into a shared journal, and runs an optional action on each.
+class Observer : public IObserver {
+ public:
+  Observer(std::string name, std::vector<std::string>& journal)
+      : name_(std::move(name)), journal_(journal) {}
+  void OnEvent(const Event& event) override {
+    journal_.push_back(name_ + ":" + std::to_string(event.value));
+    if (action) action(event);
+  }
+  std::function<void(const Event&)> action;
+
+ private:
+  std::string name_;
+  std::vector<std::string>& journal_;
+};
+
+void Publish(const List& list, int value) {
+  list.PerformForEachEventHandler(EventPublisher(&IObserver::OnEvent, Event{value}));
+}
+
+TEST(EventHandlerListTest, RegistrationKeepsOrderAndIgnoresNullAndDuplicates) {
+  std::vector<std::string> journal;
+  Observer a("a", journal), b("b", journal), c("c", journal);
+  List list;
+  list.RegisterEventHandler(&a);
+  list.RegisterEventHandler(&b);
+  list.RegisterEventHandler(&a);
+  list.RegisterEventHandler(nullptr);
+  list.RegisterEventHandler(&c);
+  Publish(list, 1);
+  EXPECT_THAT(journal, ElementsAre("a:1", "b:1", "c:1"));
+
+  journal.clear();
+  list.UnregisterEventHandler(&b);
+  list.UnregisterEventHandler(&b);
+  list.UnregisterEventHandler(nullptr);
+  Publish(list, 2);
+  EXPECT_THAT(journal, ElementsAre("a:2", "c:2"));
+  EXPECT_EQ(list.GetEventHandlers().size(), 2u);
+
+  journal.clear();
+  List().PerformForEachEventHandler(EventPublisher(&IObserver::OnEvent, Event{3}));
+  EXPECT_TRUE(journal.empty());
+}
+
+TEST(EventHandlerListTest, ChangesFromInsideAHandlerTakeEffectFromTheNextEvent) {
+  std::vector<std::string> journal;
+  Observer a("a", journal), b("b", journal), late("late", journal);
+  List list;
+  list.RegisterEventHandler(&a);
+  list.RegisterEventHandler(&b);
+  a.action = [&](const Event&) {
+    list.UnregisterEventHandler(&a);
+    list.RegisterEventHandler(&late);
+  };
+  Publish(list, 1);
+  EXPECT_THAT(journal, ElementsAre("a:1", "b:1"));
+
+  journal.clear();
+  b.action = [&](const Event&) { list.UnregisterEventHandler(&b); };
+  Publish(list, 2);  // b leaves during its own handler; late, after it, still hears the event
+  EXPECT_THAT(journal, ElementsAre("b:2", "late:2"));
+}
+
+TEST(EventHandlerListTest, AHandlerMayPublishAgainOnTheSameList) {
+  std::vector<std::string> journal;
+  Observer a("a", journal), b("b", journal);
+  List list;
+  list.RegisterEventHandler(&a);
+  list.RegisterEventHandler(&b);
+  a.action = [&](const Event& event) {
+    if (event.value == 1) Publish(list, 2);
+  };
+  Publish(list, 1);
+  EXPECT_THAT(journal, ElementsAre("a:1", "a:2", "b:2", "b:1"));
+}
+
+TEST(EventHandlerListTest, AThrowingObserverStopsTheEventAndReleasesTheLocks) {
+  std::vector<std::string> journal;
+  Observer a("a", journal), b("b", journal);
+  List list;
+  list.RegisterEventHandler(&a);
+  list.RegisterEventHandler(&b);
+  a.action = [](const Event& event) {
+    if (event.value == 1) throw std::runtime_error("observer failed");
+  };
+  EXPECT_THROW(Publish(list, 1), std::runtime_error);
+  EXPECT_THAT(journal, ElementsAre("a:1"));
+
+  // Another thread can still register and publish: nothing stayed locked.
+  std::thread other([&] {
+    list.UnregisterEventHandler(&a);
+    Publish(list, 2);
+  });
+  other.join();
+  EXPECT_THAT(journal, ElementsAre("a:1", "b:2"));
+}
+
+// A publication from another thread waits for the one under way, even when it finds no
+// observers; registration from another thread does not.
+TEST(EventHandlerListTest, PublicationsFromTwoThreadsAreSerialised) {
+  std::vector<std::string> journal;  // guarded by the list's execution lock alone
+  Observer first("first", journal), second("second", journal), joiner("joiner", journal);
+  List list;
+  list.RegisterEventHandler(&first);
+  list.RegisterEventHandler(&second);
+
+  std::promise<void> started;
+  std::promise<void> otherRegistered;
+  std::atomic<bool> otherPublishing{false};
+  std::atomic<bool> firstFinished{false};
+  first.action = [&](const Event& event) {
+    if (event.value != 1) return;
+    started.set_value();
+    otherRegistered.get_future().wait();
+    while (!otherPublishing.load()) std::this_thread::yield();
+    // Give the other thread time to get as far as it can.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    journal.push_back("first:end");
+    firstFinished = true;
+  };
+
+  std::thread publisher([&] { Publish(list, 1); });
+  started.get_future().wait();
+
+  // The list lock is free during a delivery: registering here does not block.
+  list.RegisterEventHandler(&joiner);
+  list.UnregisterEventHandler(&joiner);
+  list.UnregisterEventHandler(&first);
+  list.UnregisterEventHandler(&second);
+  otherRegistered.set_value();
+
+  bool finishedBeforeReturn = false;
+  std::thread latePublisher([&] {
+    otherPublishing = true;
+    Publish(list, 2);  // no observers left, but it still waits for the delivery under way
+    finishedBeforeReturn = firstFinished.load();
+  });
+  latePublisher.join();
+  publisher.join();
+
+  EXPECT_TRUE(finishedBeforeReturn);
+  EXPECT_THAT(journal, ElementsAre("first:1", "first:end", "second:1"));
+}
+
+TEST(EventHandlerListTest, DeliveriesFromTwoThreadsDoNotInterleave) {
+  std::vector<std::string> journal;
+  Observer a("a", journal), b("b", journal);
+  List list;
+  list.RegisterEventHandler(&a);
+  list.RegisterEventHandler(&b);
+  std::thread one([&] {
+    for (int i = 0; i < 200; ++i) Publish(list, 1);
+  });
+  std::thread two([&] {
+    for (int i = 0; i < 200; ++i) Publish(list, 2);
+  });
+  one.join();
+  two.join();
+  ASSERT_EQ(journal.size(), 800u);
+  for (std::size_t i = 0; i < journal.size(); i += 2) {
+    EXPECT_EQ(journal[i].substr(2), journal[i + 1].substr(2)) << "at " << i;
+    EXPECT_EQ(journal[i][0], 'a');
+  }
+}
+
+}  // namespace
