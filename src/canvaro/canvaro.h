@@ -23,6 +23,8 @@
 #include "kelbra/Drevin/ISerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "kelbra/Proc/Color.h"
+#include "kelbra/Proc/ImplNames.h"
+#include "kelbra/Proc/Settings.h"
 #include "kelbra/Proc/CropInfo.h"
 #include "kelbra/Proc/SettingsEffectTranspose.h"
 
@@ -31,6 +33,14 @@
 #include "canvaro/foundation/SerializeNames.h"
 #include "canvaro/foundation/Throw.h"
 #include "canvaro/foundation/ToolsId.h"
+
+// Settings records.
+#include "canvaro/settings/Blender.h"
+#include "canvaro/settings/EffectSettings.h"
+#include "canvaro/settings/EffectsSettings.h"
+#include "canvaro/settings/ISettingsPainter.h"
+#include "canvaro/settings/MaskInfo.h"
+#include "canvaro/settings/SettingsCore.h"
 
 // Utilities.
 #include "canvaro/CoreUtil/SerializerHelper.h"
