@@ -170,15 +170,6 @@ TEST_F(UndoManagerTest, StepsUndoAndRedoAcrossParticipants) {
   EXPECT_FALSE(manager_->IsRedoEnabled());
 }
 
-TEST_F(UndoManagerTest, AddAfterUndoLeavesTwoStepsAndNoRedo) {
-  Change(a_, "A1");
-  Change(a_, "A2");
-  manager_->Undo();
-  Change(b_, "B1");
-  EXPECT_EQ(manager_->GetStepCount(), 2u);
-  EXPECT_FALSE(manager_->IsRedoEnabled());
-}
-
 TEST_F(UndoManagerTest, TransactionsMakeOneStepAndUndoItBackwards) {
   Change(a_, "A1");
   {
@@ -442,18 +433,6 @@ TEST_F(UndoManagerTest, LoadingANameNeverMadeAvailableThrowsNamingIt) {
   loaded->Deserialize(Drevin::SerializerProperty::Create(Core::Property()));
   EXPECT_EQ(loaded->GetStepCount(), 0u);
   EXPECT_EQ(loaded->GetCurrentStep(), -1);
-}
-
-TEST_F(UndoManagerTest, ObserversComeAndGoThroughTheTransactionInterface) {
-  RecordingObserver extra;
-  auto& transaction = manager_->GetTransactionManager();
-  transaction.RegisterHandler(&extra);
-  transaction.RegisterHandler(&extra);
-  Change(a_, "A1");
-  transaction.UnregisterHandler(&extra);
-  Change(a_, "A2");
-  EXPECT_THAT(extra.log, ElementsAre("undo"));
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "undo"));
 }
 
 }  // namespace

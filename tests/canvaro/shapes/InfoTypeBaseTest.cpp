@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 
@@ -102,22 +101,6 @@ TEST(InfoTypeBaseTest, ReadsAnIntegerZValueOfOlderWriters) {
   InfoTypeBase read;
   read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
   EXPECT_EQ(read.GetZValue(), 120.0);
-}
-
-TEST(InfoTypeBaseTest, OtherWrongTypesPassThrough) {
-  Core::Property tree;
-  tree.SetString("Index", "seven");
-  InfoTypeBase read;
-  EXPECT_THROW(read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))),
-               Core::WrongTypeIsRequested);
-}
-
-TEST(InfoTypeBaseTest, UnknownToolNameReadsAsNone) {
-  Core::Property tree;
-  tree.SetString("InfoTypeBaseToolName", "shape_frame");
-  InfoTypeBase read = Filled();
-  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
-  EXPECT_EQ(read.GetTool(), IToolsId::NONE);
 }
 
 }  // namespace
