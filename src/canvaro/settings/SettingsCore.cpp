@@ -5,6 +5,8 @@ namespace Kelbra::Canvaro {
 const std::string SettingsCore::EFFECTS_SETTINGS = "tagEffectSettings";
 const std::string SettingsCore::UNDO_FRAME_INFO = "tagUndoFrameInfo";
 
+SettingsCore::SettingsCore() : effectsSettings_(IEffectSettings::ConstPtr()) {}
+
 SettingsCore::SettingsCore(const IEffectSettings::Ptr& effect)
     : effectsSettings_(EffectsSettings::ShareTag{}, effect) {}
 

@@ -29,6 +29,8 @@ class SettingsCore : public virtual Drevin::ISerializable {
   // records; the record itself never writes it.
   static const std::string UNDO_FRAME_INFO;
 
+  // A default package and no effect: the record a history reads a saved step into.
+  SettingsCore();
   // A default package and `effect` itself as the only effect, shared with the caller, so changes
   // to the effect show through the record. A null `effect` gives one null element.
   explicit SettingsCore(const IEffectSettings::Ptr& effect);
