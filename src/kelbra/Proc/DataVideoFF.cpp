@@ -241,28 +241,42 @@ void FFPicture::ReplicateRow(unsigned plane, unsigned period) {
 
 void FFPicture::FillComponents(const AVPixFmtDescriptor& descriptor, const Color& color) {
   const int pixelPlanes = av_pix_fmt_count_planes(ToAv(format_));
+  // The first row of each plane is built in scratch rows: some descriptors (uyyvyy411) place
+  // components with a uniform step that reaches past the row's real length.
+  const std::size_t scratchLength =
+      planes_[0].layout.rowLength + 16 * static_cast<std::size_t>(info_.width) + 64;
+  std::vector<std::uint8_t> scratch(scratchLength * static_cast<std::size_t>(pixelPlanes), 0);
   std::uint8_t* data[4] = {};
   int strides[4] = {};
   for (int p = 0; p < pixelPlanes; ++p) {
-    data[p] = planes_[p].data;
-    strides[p] = static_cast<int>(planes_[p].stride);
-    // Components are or-ed into their bits: start from zero (this also clears padding bits).
-    std::memset(data[p], 0, planes_[p].layout.rowLength);
+    data[p] = scratch.data() + scratchLength * static_cast<std::size_t>(p);
+    strides[p] = static_cast<int>(scratchLength);
   }
   std::vector<std::uint32_t> row(static_cast<std::size_t>(info_.width));
   for (int c = 0; c < descriptor.nb_components; ++c) {
     const bool chroma = (c == 1 || c == 2) && descriptor.nb_components >= 3;
     const int width = chroma ? AV_CEIL_RSHIFT(info_.width, descriptor.log2_chroma_w) : info_.width;
     std::fill_n(row.begin(), width, ComponentValue(descriptor, c, color));
+    // Components are or-ed into their bits, which start at zero.
     av_write_image_line2(row.data(), data, strides, &descriptor, 0, 0, c, width, sizeof(row[0]));
   }
-  for (int p = 0; p < pixelPlanes; ++p) ReplicateRow(static_cast<unsigned>(p), 1);
+  if (std::strcmp(descriptor.name, "uyyvyy411") == 0) {
+    // U Y Y V Y Y per four pixels: the descriptor's uniform luma step does not say that.
+    std::uint8_t* bytes = data[0];
+    const std::uint8_t macropixel[6] = {bytes[0], bytes[1], bytes[1], bytes[3], bytes[1], bytes[1]};
+    for (std::size_t i = 0; i < planes_[0].layout.rowLength; ++i) bytes[i] = macropixel[i % 6];
+  }
+  for (int p = 0; p < pixelPlanes; ++p) {
+    std::memcpy(planes_[p].data, data[p], planes_[p].layout.rowLength);
+    ReplicateRow(static_cast<unsigned>(p), 1);
+  }
 }
 
 void FFPicture::FillPaletted(const Color& color) {
-  // Every pixel takes palette entry 0, which becomes the colour.
+  // Every pixel takes palette entry 0, which becomes the colour; the other entries are cleared.
   const std::uint32_t argb = std::uint32_t{color.a} << 24 | std::uint32_t{color.r} << 16 |
                              std::uint32_t{color.g} << 8 | color.b;
+  std::memset(planes_[1].data, 0, planes_[1].layout.rowLength);
   std::memcpy(planes_[1].data, &argb, sizeof argb);
   std::memset(planes_[0].data, 0, planes_[0].layout.rowLength);
   ReplicateRow(0, 1);

@@ -1,5 +1,7 @@
 #include "kelbra/Proc/PixFmtInfo.h"
 
+#include <climits>
+
 extern "C" {
 #include <libavutil/common.h>
 #include <libavutil/imgutils.h>
@@ -61,8 +63,10 @@ std::vector<PlaneLayout> GetPlaneLayouts(PixFmt format, const Conf::FrameInfo& i
     throw Core::CoreException("Negative size of " + Describe(format, info));
   }
   const bool empty = info.width == 0 || info.height == 0;
-  if (!empty && av_image_check_size(static_cast<unsigned>(info.width),
-                                    static_cast<unsigned>(info.height), 0, nullptr) < 0) {
+  // libavutil's own limit (av_image_check_size), checked here without its error log line.
+  if ((std::uint64_t{static_cast<std::uint32_t>(info.width)} + 128) *
+          (std::uint64_t{static_cast<std::uint32_t>(info.height)} + 128) >=
+      static_cast<std::uint64_t>(INT_MAX / 8)) {
     throw Core::CoreException("Size too large for a " + Describe(format, info));
   }
 

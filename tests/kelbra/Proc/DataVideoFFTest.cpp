@@ -1,0 +1,250 @@
+#include <cstring>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include "kelbra/Core/CoreException.h"
+#include "kelbra/Core/CoreManager.h"
+#include "kelbra/Proc/IDataVideo.h"
+#include "kelbra/Proc/PixFmtInfo.h"
+#include "support/Pictures.h"
+
+namespace {
+
+using namespace Kelbra;
+using canvaro_test::MakePatternPicture;
+using canvaro_test::PackedBytes;
+using Proc::PixFmt;
+
+// ---- every memory format ----
+
+class EveryFormat : public testing::TestWithParam<PixFmt> {};
+
+TEST_P(EveryFormat, PlanesCoverExactlyWhatLibavutilSaysThePictureNeeds) {
+  const PixFmt format = GetParam();
+  for (const Conf::FrameInfo info : {Conf::FrameInfo{13, 7, 1, 1}, Conf::FrameInfo{64, 2, 4, 3}}) {
+    const auto picture = Proc::DataVideoFF::Create(format, info);
+    EXPECT_EQ(picture->GetFrameInfo(), info);
+    std::uint64_t packed = 0;
+    for (unsigned p = 0; p < picture->GetPlanesCount(); ++p) {
+      const auto plane = std::as_const(*picture).GetPlane(p);
+      EXPECT_GE(static_cast<std::size_t>(plane.GetStride()), plane.GetRowLength());
+      EXPECT_EQ(plane.GetStride() % 64, 0);
+      packed += plane.GetRowLength() * plane.GetRowCount();
+    }
+    const int expected =
+        av_image_get_buffer_size(static_cast<AVPixelFormat>(format), info.width, info.height, 1);
+    EXPECT_EQ(packed, static_cast<std::uint64_t>(expected)) << Proc::GetPixFmtName(format);
+    EXPECT_GE(picture->GetBufferSize(), packed);
+  }
+}
+
+TEST_P(EveryFormat, FillWritesOnlyPixelBytesAndTheSameBytesEachTime) {
+  const PixFmt format = GetParam();
+  const Conf::FrameInfo info{13, 7, 1, 1};
+  const auto first = MakePatternPicture(format, info, 1);
+  const auto second = MakePatternPicture(format, info, 2);
+  const Proc::Color color(200, 100, 50, 25);
+  first->Fill(color);
+  second->Fill(color);
+  EXPECT_EQ(PackedBytes(*first), PackedBytes(*second)) << Proc::GetPixFmtName(format);
+  const unsigned pixelPlanes = format == PixFmt::PAL8 ? 1 : first->GetPlanesCount();
+  for (unsigned p = 0; p < pixelPlanes; ++p) {
+    const auto plane = first->GetPlane(p);
+    for (std::size_t row = 0; row < plane.GetRowCount(); ++row) {
+      for (auto x = plane.GetRowLength(); x < static_cast<std::size_t>(plane.GetStride()); ++x) {
+        ASSERT_EQ(*plane.GetOffsetPtr(x, row), 0xEE) << "padding written, plane " << p;
+      }
+    }
+  }
+}
+
+TEST_P(EveryFormat, CopyIsEqualAndIndependent) {
+  const auto picture = MakePatternPicture(GetParam(), {11, 9, 1, 1}, 5);
+  picture->SetPosition(123);
+  picture->SetDuration(456);
+  const auto copy = Proc::CopyDataVideo(*picture);
+  EXPECT_EQ(copy->GetPixFmt(), GetParam());
+  EXPECT_EQ(copy->GetPosition(), 123);
+  EXPECT_EQ(copy->GetDuration(), 456);
+  EXPECT_EQ(PackedBytes(*copy), PackedBytes(*picture));
+  *copy->GetPlane(0).GetOffsetPtr(0, 0) ^= 0xFF;
+  EXPECT_NE(PackedBytes(*copy), PackedBytes(*picture));
+}
+
+INSTANTIATE_TEST_SUITE_P(Pictures, EveryFormat, testing::ValuesIn(Proc::GetMemoryPixFmts()),
+                         [](const testing::TestParamInfo<PixFmt>& info) {
+                           return std::to_string(static_cast<int>(info.param));
+                         });
+
+TEST(PixFmtInfo, MemoryFormatsExcludeHardwareAndBitPackedFormats) {
+  const auto& formats = Proc::GetMemoryPixFmts();
+  EXPECT_GT(formats.size(), 150u);
+  EXPECT_THAT(formats, testing::IsSupersetOf({PixFmt::Gray8, PixFmt::RGBA, PixFmt::YUV420P,
+                                              PixFmt::PAL8, PixFmt::NV12, PixFmt::GrayF32LE}));
+  for (const int excluded :
+       std::initializer_list<int>{AV_PIX_FMT_MONOWHITE, AV_PIX_FMT_RGB4, AV_PIX_FMT_VAAPI,
+                                  AV_PIX_FMT_CUDA, AV_PIX_FMT_NB + 5}) {
+    EXPECT_FALSE(Proc::IsMemoryPixFmt(static_cast<PixFmt>(excluded))) << excluded;
+    EXPECT_THROW(Proc::DataVideoFF::Create(static_cast<PixFmt>(excluded), {4, 4, 1, 1}),
+                 Core::CoreException);
+  }
+  EXPECT_EQ(Proc::GetPixFmtName(PixFmt::Gray8), "gray");
+  EXPECT_EQ(Proc::GetPixFmtName(static_cast<PixFmt>(-7)), "unknown(-7)");
+}
+
+TEST(PixFmtInfo, ChromaPlanesAreSubsampledRoundingUp) {
+  const auto layouts = Proc::GetPlaneLayouts(PixFmt::YUV420P, {7, 5, 1, 1});
+  ASSERT_EQ(layouts.size(), 3u);
+  EXPECT_EQ(layouts[0], (Proc::PlaneLayout{7, 5}));
+  EXPECT_EQ(layouts[1], (Proc::PlaneLayout{4, 3}));
+  EXPECT_EQ(layouts[2], (Proc::PlaneLayout{4, 3}));
+  const auto nv12 = Proc::GetPlaneLayouts(PixFmt::NV12, {7, 5, 1, 1});
+  EXPECT_EQ(nv12[1], (Proc::PlaneLayout{8, 3}));
+  const auto pal = Proc::GetPlaneLayouts(PixFmt::PAL8, {7, 5, 1, 1});
+  ASSERT_EQ(pal.size(), 2u);
+  EXPECT_EQ(pal[1], (Proc::PlaneLayout{1024, 1}));
+}
+
+// ---- creation ----
+
+TEST(DataVideoFF, RefusesNegativeAndHugeSizesButAcceptsEmptyOnes) {
+  EXPECT_THROW(Proc::DataVideoFF::Create(PixFmt::RGBA, {-1, 4, 1, 1}), Core::CoreException);
+  EXPECT_THROW(Proc::DataVideoFF::Create(PixFmt::RGBA, {4, -1, 1, 1}), Core::CoreException);
+  EXPECT_THROW(Proc::DataVideoFF::Create(PixFmt::RGBA, {1 << 20, 1 << 20, 1, 1}),
+               Core::CoreException);
+  for (const Conf::FrameInfo info : {Conf::FrameInfo{0, 5, 1, 1}, Conf::FrameInfo{5, 0, 1, 1}}) {
+    const auto empty = Proc::DataVideoFF::Create(PixFmt::YUV420P, info);
+    EXPECT_EQ(empty->GetBufferSize(), 0u);
+    EXPECT_EQ(PackedBytes(*empty), "");
+    empty->Fill(Proc::Color::Black());
+  }
+  EXPECT_EQ(Proc::GetPlanesCount(nullptr), 0);
+}
+
+TEST(DataVideoFF, ExternalBufferHoldsPackedPlanesBackToBack) {
+  std::vector<std::uint8_t> buffer(7 * 5 + 2 * 4 * 3);
+  for (std::size_t i = 0; i < buffer.size(); ++i) buffer[i] = static_cast<std::uint8_t>(i);
+  const auto picture = Proc::DataVideoFF::Create(PixFmt::YUV420P, {7, 5, 1, 1}, buffer.data());
+  EXPECT_EQ(picture->GetPlane(0).GetStride(), 7);
+  EXPECT_EQ(picture->GetPlane(1).GetOffsetPtr(0, 0), buffer.data() + 35);
+  EXPECT_EQ(picture->GetPlane(2).GetOffsetPtr(0, 0), buffer.data() + 47);
+  EXPECT_EQ(picture->GetBufferSize(), buffer.size());
+  EXPECT_EQ(PackedBytes(*picture), std::string(buffer.begin(), buffer.end()));
+}
+
+TEST(DataVideoFF, FactoryOfCoreManagerMakesLibavutilPictures) {
+  const auto& factory = Core::CoreManager::GetDataVideoFFFactory();
+  ASSERT_TRUE(factory);
+  const auto mask = factory->Create(PixFmt::Gray8, {3, 2, 1, 1});
+  EXPECT_EQ(mask->GetPixFmt(), PixFmt::Gray8);
+  EXPECT_EQ(mask->GetPlane(0).GetRowLength(), 3u);
+}
+
+// ---- fill ----
+
+std::vector<std::uint8_t> FirstBytes(const Proc::IDataVideo& picture, unsigned plane,
+                                     std::size_t count, std::size_t row = 0) {
+  const auto* bytes = picture.GetPlane(plane).GetOffsetPtr(0, row);
+  return {bytes, bytes + count};
+}
+
+TEST(DataVideoFF, FillConvertsTheColourToTheFormat) {
+  using testing::ElementsAre;
+  const Proc::Color color(10, 20, 30, 40);
+  const Conf::FrameInfo info{5, 3, 1, 1};
+
+  auto rgba = Proc::DataVideoFF::Create(PixFmt::RGBA, info);
+  rgba->Fill(color);
+  EXPECT_THAT(FirstBytes(*rgba, 0, 8, 2), ElementsAre(10, 20, 30, 40, 10, 20, 30, 40));
+  auto bgra = Proc::DataVideoFF::Create(PixFmt::BGRA, info);
+  bgra->Fill(color);
+  EXPECT_THAT(FirstBytes(*bgra, 0, 4), ElementsAre(30, 20, 10, 40));
+
+  // Masks: black is all zero bytes, white all 255.
+  auto mask = Proc::DataVideoFF::Create(PixFmt::Gray8, info);
+  mask->Fill(Proc::Color::Black());
+  EXPECT_EQ(PackedBytes(*mask), std::string(15, '\0'));
+  mask->Fill(Proc::Color(255, 255, 255, 0));
+  EXPECT_EQ(PackedBytes(*mask), std::string(15, '\xFF'));
+
+  auto yuv = Proc::DataVideoFF::Create(PixFmt::YUV420P, info);
+  yuv->Fill(Proc::Color::Black());
+  EXPECT_THAT(FirstBytes(*yuv, 0, 5, 2), ElementsAre(16, 16, 16, 16, 16));
+  EXPECT_THAT(FirstBytes(*yuv, 1, 3, 1), ElementsAre(128, 128, 128));
+  yuv->Fill(Proc::Color(255, 255, 255, 255));
+  EXPECT_THAT(FirstBytes(*yuv, 0, 1), ElementsAre(235));
+
+  auto wide = Proc::DataVideoFF::Create(PixFmt::Gray16LE, info);
+  wide->Fill(Proc::Color(255, 255, 255, 255));
+  EXPECT_THAT(FirstBytes(*wide, 0, 4), ElementsAre(0xFF, 0xFF, 0xFF, 0xFF));
+
+  auto real = Proc::DataVideoFF::Create(PixFmt::GrayF32LE, info);
+  real->Fill(Proc::Color(255, 255, 255, 255));
+  float value = 0;
+  std::memcpy(&value, real->GetPlane(0).GetOffsetPtr(4, 1), sizeof value);
+  EXPECT_FLOAT_EQ(value, 1.0f);
+
+  auto paletted = Proc::DataVideoFF::Create(PixFmt::PAL8, info);
+  paletted->Fill(color);
+  EXPECT_EQ(PackedBytes(*paletted).substr(0, 15), std::string(15, '\0'));
+  std::uint32_t entry = 0;
+  std::memcpy(&entry, paletted->GetPlane(1).GetOffsetPtr(0, 0), sizeof entry);
+  EXPECT_EQ(entry, 0x280A141Eu);  // ARGB
+
+  auto bayer = Proc::DataVideoFF::Create(static_cast<PixFmt>(AV_PIX_FMT_BAYER_BGGR8), info);
+  bayer->Fill(color);
+  EXPECT_THAT(FirstBytes(*bayer, 0, 4, 0), ElementsAre(30, 20, 30, 20));
+  EXPECT_THAT(FirstBytes(*bayer, 0, 4, 1), ElementsAre(20, 10, 20, 10));
+  EXPECT_THAT(FirstBytes(*bayer, 0, 4, 2), ElementsAre(30, 20, 30, 20));
+}
+
+// ---- views and pixel copies ----
+
+TEST(DataVideoFF, ViewSharesTheRectangleAndOutlivesItsParent) {
+  auto picture = MakePatternPicture(PixFmt::YUV420P, {9, 7, 1, 1}, 0);
+  const std::string before = PackedBytes(*picture);
+  auto view = picture->GetView({2, 2, 4, 20});  // clipped to 4x5
+  EXPECT_EQ(view->GetFrameInfo(), (Conf::FrameInfo{4, 5, 1, 1}));
+  EXPECT_EQ(view->GetPlane(0).GetOffsetPtr(0, 0), picture->GetPlane(0).GetOffsetPtr(2, 2));
+  EXPECT_EQ(view->GetPlane(1).GetOffsetPtr(0, 0), picture->GetPlane(1).GetOffsetPtr(1, 1));
+  EXPECT_EQ(view->GetPlane(1).GetRowCount(), 3u);
+  EXPECT_EQ(view->GetBufferSize(), 4u * 5 + 2 * 2 * 3);
+
+  view->Fill(Proc::Color::Black());
+  EXPECT_EQ(*picture->GetPlane(0).GetOffsetPtr(2, 2), 16);
+  EXPECT_EQ(*picture->GetPlane(0).GetOffsetPtr(1, 2), static_cast<std::uint8_t>(before[9 * 2 + 1]));
+  EXPECT_THROW(picture->GetView({1, 2, 4, 4}), Core::CoreException);
+  EXPECT_THROW(picture->GetView({2, 3, 4, 4}), Core::CoreException);
+
+  const auto copy = Proc::CopyDataVideo(*view);
+  picture.reset();
+  EXPECT_EQ(PackedBytes(*view), PackedBytes(*copy));
+}
+
+TEST(DataVideoFF, CopyPixelsCutsOffWhatFallsOutsideTheTarget) {
+  const auto source = MakePatternPicture(PixFmt::RGB24, {4, 3, 1, 1}, 3);
+  auto target = Proc::DataVideoFF::Create(PixFmt::RGB24, {5, 5, 1, 1});
+  target->Fill(Proc::Color(1, 1, 1, 1));
+  Proc::CopyPixels(*source, *target, -1, 3);  // source rows 0..1, columns 1..3
+  EXPECT_EQ(std::memcmp(target->GetPlane(0).GetOffsetPtr(0, 3),
+                        source->GetPlane(0).GetOffsetPtr(3, 0), 9),
+            0);
+  EXPECT_EQ(std::memcmp(target->GetPlane(0).GetOffsetPtr(0, 4),
+                        source->GetPlane(0).GetOffsetPtr(3, 1), 9),
+            0);
+  EXPECT_EQ(*target->GetPlane(0).GetOffsetPtr(9, 3), 1);
+  EXPECT_EQ(*target->GetPlane(0).GetOffsetPtr(0, 2), 1);
+  Proc::CopyPixels(*source, *target, 9, 9);  // entirely outside: nothing happens
+  EXPECT_THROW(
+      Proc::CopyPixels(*source, *Proc::DataVideoFF::Create(PixFmt::RGBA, {5, 5, 1, 1}), 0, 0),
+      Core::CoreException);
+}
+
+}  // namespace
