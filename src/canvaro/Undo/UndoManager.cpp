@@ -1,5 +1,6 @@
 #include "canvaro/Undo/UndoManager.h"
 
+#include <algorithm>
 #include <cassert>
 #include <set>
 #include <utility>
@@ -153,9 +154,9 @@ void UndoManager::HandleUndo(const DrawerEventUndo& event) {
 
 void UndoManager::HandleFrame(const DrawerEventFrame& event) {
   framePending_ = true;
-  bool known = false;
-  for (const DrawerEventFrame& pending : pendingFrames_)
-    known = known || pending.reason == event.reason;
+  const bool known =
+      std::any_of(pendingFrames_.begin(), pendingFrames_.end(),
+                  [&](const auto& pending) { return pending.reason == event.reason; });
   if (!known) pendingFrames_.push_back(event);
   if (!inTransaction_) Notify();
 }
