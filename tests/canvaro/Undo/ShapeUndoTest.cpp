@@ -1,0 +1,492 @@
+// The shape set over a real frame storage and a real undo manager, observed as the host would
+// observe it (through the manager).
+#include "canvaro/Undo/ShapeUndo.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/Undo/FrameStorage.h"
+#include "canvaro/Undo/UndoManager.h"
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/shapes/ArrowInfo.h"
+#include "canvaro/shapes/EllipseInfo.h"
+#include "canvaro/shapes/LineInfo.h"
+#include "canvaro/shapes/RectangleInfo.h"
+#include "canvaro/shapes/TextInfo.h"
+#include "kelbra/Core/CoreException.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/LogCapture.h"
+#include "support/Pictures.h"
+#include "support/RecordingObserver.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using canvaro_test::RecordingObserver;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr double kFirstZ = 1073741723.5;
+constexpr unsigned kCurrent = ICanvaroShape::kCurrentState;
+
+ShapeInfo New(ShapeInfoBasePtr record, IToolsId::Value tool = IToolsId::SHAPE_LINE) {
+  record->SetCurrentTool(tool);
+  return ShapeInfo(*record);
+}
+ShapeInfo NewLine() { return New(LineInfo::Create(IToolsId::SHAPE_LINE)); }
+ShapeInfo NewArrow() {
+  return New(ArrowInfo::Create(IToolsId::SHAPE_ARROW), IToolsId::SHAPE_ARROW);
+}
+ShapeInfo NewText() { return New(TextInfo::Create(IToolsId::TEXT), IToolsId::TEXT); }
+
+// A clone of `shape` moved to `x`, as the host edits a shape.
+ShapeInfo MovedTo(const ShapeInfo& shape, double x) {
+  auto clone = shape->Clone();
+  clone->GetPosition().SetX(x);
+  return ShapeInfo(*clone);
+}
+
+Proc::IDataVideoPtr Picture(unsigned seed) {
+  return canvaro_test::MakePatternPicture(Proc::PixFmt::RGBA, {6, 4, 1, 1}, seed);
+}
+
+class ShapeUndoTest : public ::testing::Test {
+ protected:
+  ShapeUndoTest()
+      : storage_(dir_.path(), [n = 0]() mutable { return "shape" + std::to_string(n++); }),
+        manager_(UndoManager::Create(storage_)),
+        shapes_(&storage_, manager_) {
+    shapes_.RegisterEventHandler(manager_.get());
+    manager_->GetTransactionManager().RegisterHandler(&observer_);
+  }
+
+  // The shape in force of item `item`.
+  const ShapeInfo& Current(unsigned item) const { return shapes_.GetShapeItemInfo(item, kCurrent); }
+
+  canvaro_test::TempDir dir_;
+  FrameStorage storage_;
+  IUndoManagerPtr manager_;
+  ShapeUndo shapes_;
+  RecordingObserver observer_;
+};
+
+TEST_F(ShapeUndoTest, ANewShapeGetsTheNextIndexAndAZValueAboveTheOthers) {
+  const ShapeInfo line = NewLine();
+  shapes_.SetShape(line, nullptr);
+  shapes_.SetShape(NewArrow(), nullptr);
+
+  ASSERT_EQ(shapes_.GetItemCount(), 2u);
+  EXPECT_EQ(Current(0)->GetIndex(), 0);
+  EXPECT_EQ(Current(0)->GetZValue(), kFirstZ);
+  EXPECT_EQ(Current(1)->GetIndex(), 1);
+  EXPECT_EQ(Current(1)->GetZValue(), kFirstZ + 1);
+  EXPECT_EQ(shapes_.GetItem(1).GetMultiName(), "Item_00000001");
+  EXPECT_EQ(line->GetIndex(), -1) << "the caller's record is not touched";
+  EXPECT_FALSE(Current(0)->IsSaved());
+}
+
+TEST_F(ShapeUndoTest, HiddenShapesDoNotCountForTheNextZValue) {
+  shapes_.SetShape(NewLine(), nullptr);
+  shapes_.SetShape(NewArrow(), nullptr);
+  shapes_.RemoveShapeAll(ShapeType::Arrow);  // the top shape goes
+
+  shapes_.SetShape(NewText(), nullptr);
+  EXPECT_EQ(Current(2)->GetZValue(), kFirstZ + 1) << "the removed arrow's value is reused";
+
+  shapes_.RemoveShapeAll(ShapeType::All);
+  EXPECT_EQ(shapes_.GenerateNewZValue(), kFirstZ) << "nothing visible: the middle again";
+
+  // Visible shapes below the range do not count either.
+  auto low = NewLine();
+  shapes_.SetShape(low, nullptr);
+  auto lowered = Current(3)->Clone();
+  lowered->SetZValue(50);
+  shapes_.OverwriteShape(ShapeInfo(*lowered));
+  EXPECT_EQ(shapes_.GenerateNewZValue(), kFirstZ);
+}
+
+TEST_F(ShapeUndoTest, TheTopOfTheZRangeIsReusedWithAnError) {
+  canvaro_test::LogCapture log;
+  shapes_.SetShape(NewLine(), nullptr);
+  auto top = Current(0)->Clone();
+  top->SetZValue(InfoTypeBase::ZValueMax - 1);
+  shapes_.OverwriteShape(ShapeInfo(*top));
+
+  shapes_.SetShape(NewLine(), nullptr);  // exactly the maximum is still fine
+  EXPECT_EQ(Current(1)->GetZValue(), 2147483547.0);
+  EXPECT_THAT(log.Messages(google::GLOG_ERROR), IsEmpty());
+
+  shapes_.SetShape(NewLine(), nullptr);
+  EXPECT_EQ(Current(2)->GetZValue(), 2147483547.0);
+  EXPECT_THAT(log.Messages(google::GLOG_ERROR),
+              ElementsAre("ZValue for new ShapeInfo item is greater than maximum allowed! Shape "
+                          "items count is 2."));
+}
+
+TEST_F(ShapeUndoTest, EachEditIsAStepWithItsEvents) {
+  shapes_.SetShape(NewLine(), nullptr);
+  EXPECT_EQ(manager_->GetStepCount(), 1u);
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "shape 3", "save"));
+  ASSERT_EQ(observer_.shapes.size(), 1u);
+  EXPECT_TRUE(observer_.shapes[0] == Current(0));
+
+  // Unchanged and without a picture: nothing at all.
+  observer_.log.clear();
+  shapes_.SetShape(Current(0), nullptr);
+  EXPECT_EQ(manager_->GetStepCount(), 1u);
+  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 2u);
+  EXPECT_THAT(observer_.log, IsEmpty());
+
+  // A change: a new state of the same item.
+  shapes_.SetShape(MovedTo(Current(0), 0.2), nullptr);
+  EXPECT_EQ(manager_->GetStepCount(), 2u);
+  EXPECT_EQ(shapes_.GetItemCount(), 1u);
+  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 3u);
+  EXPECT_EQ(Current(0)->GetPosition().GetX(), 0.2);
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "shape 3", "save"));
+
+  // Unchanged but with a picture: always a step.
+  observer_.log.clear();
+  shapes_.SetShape(Current(0), Picture(1));
+  EXPECT_EQ(manager_->GetStepCount(), 3u);
+  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 4u);
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "shape 3", "save"));
+}
+
+TEST_F(ShapeUndoTest, PicturesBelongToTheirStateAndAreInheritedByLaterOnes) {
+  const auto first = Picture(1);
+  shapes_.SetShape(NewText(), first);
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, kCurrent), 0u);
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, 0), 0u) << "the baseline has it too";
+  EXPECT_EQ(shapes_.GetShapeItemVideo(0, kCurrent), first);
+  EXPECT_EQ(shapes_.GetVideoInfo(0), (Conf::FrameInfo{6, 4, 1, 1}));
+
+  shapes_.SetShape(MovedTo(Current(0), 0.3), nullptr);
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, kCurrent), 0u) << "inherited";
+
+  const auto second = Picture(2);
+  shapes_.SetShape(Current(0), second);
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, kCurrent), 1u);
+  EXPECT_EQ(shapes_.GetShapeItemVideo(0, 2), first);
+  EXPECT_EQ(shapes_.GetShapeItemVideo(0, kCurrent), second);
+
+  // A shape without any picture.
+  shapes_.SetShape(NewLine(), nullptr);
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(1, kCurrent), kNoIndex);
+  EXPECT_EQ(shapes_.GetShapeItemVideo(1, kCurrent), nullptr);
+  EXPECT_EQ(shapes_.GetVideoInfo(1), Conf::FrameInfo{});
+}
+
+TEST_F(ShapeUndoTest, AnEditAfterUndoDropsTheRedoStepsAndTheirPictures) {
+  shapes_.SetShape(NewText(), Picture(1));
+  shapes_.SetShape(Current(0), Picture(2));
+  ASSERT_EQ(storage_.GetCount(), 2u);
+  manager_->Undo();
+
+  shapes_.SetShape(MovedTo(Current(0), 0.9), nullptr);
+
+  EXPECT_EQ(manager_->GetStepCount(), 2u);
+  EXPECT_FALSE(manager_->IsRedoEnabled());
+  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 3u);
+  EXPECT_EQ(storage_.GetCount(), 1u) << "the undone state's picture is released";
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, kCurrent), 0u);
+}
+
+TEST_F(ShapeUndoTest, SetShapesIsOneStep) {
+  shapes_.SetShape(NewLine(), nullptr);
+  observer_.log.clear();
+
+  shapes_.SetShapes({MovedTo(Current(0), 0.1), NewArrow(), NewText()});
+
+  EXPECT_EQ(manager_->GetStepCount(), 2u);
+  EXPECT_EQ(shapes_.GetItemCount(), 3u);
+  EXPECT_EQ(Current(2)->GetIndex(), 2);
+  EXPECT_EQ(Current(2)->GetZValue(), kFirstZ + 2);
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "shape 3", "shape 3", "shape 3"));
+
+  observer_.log.clear();
+  manager_->Undo();
+  EXPECT_EQ(Current(0)->GetPosition().GetX(), 0.5);
+  EXPECT_FALSE(Current(1)->IsVisible());
+  EXPECT_FALSE(Current(2)->IsVisible());
+  EXPECT_THAT(observer_.log,
+              ElementsAre("undo", "save", "tool 0", "shape 1", "shape 1", "shape 1"));
+}
+
+TEST_F(ShapeUndoTest, OverwriteReplacesTheStateInForceWithoutAStep) {
+  shapes_.SetShape(NewLine(), Picture(1));
+  auto saved = Current(0)->Clone();
+  saved->SetSaved(true);
+  shapes_.OverwriteShape(ShapeInfo(*saved));
+  EXPECT_FALSE(Current(0)->IsSaved()) << "an overwritten state is unsaved";
+  observer_.log.clear();
+
+  shapes_.OverwriteShape(MovedTo(Current(0), 0.4));
+
+  EXPECT_EQ(manager_->GetStepCount(), 1u);
+  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 2u);
+  EXPECT_EQ(Current(0)->GetPosition().GetX(), 0.4);
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, kCurrent), 0u);
+  EXPECT_THAT(observer_.log, ElementsAre("shape 3", "save"));
+
+  observer_.log.clear();
+  shapes_.OverwriteShape(Current(0));
+  EXPECT_THAT(observer_.log, IsEmpty()) << "unchanged: nothing";
+}
+
+TEST_F(ShapeUndoTest, RemoveShapeAllHidesTheVisibleShapesOfTheKindsInOneStep) {
+  shapes_.SetShapes({NewLine(), NewArrow(), NewLine(), NewText()});
+  shapes_.RemoveShapeAll(ShapeType::Text);
+  ASSERT_EQ(manager_->GetStepCount(), 2u);
+  observer_.log.clear();
+
+  shapes_.RemoveShapeAll(ShapeType::Line);
+
+  EXPECT_EQ(manager_->GetStepCount(), 3u);
+  EXPECT_FALSE(Current(0)->IsVisible());
+  EXPECT_TRUE(Current(1)->IsVisible());
+  EXPECT_FALSE(Current(2)->IsVisible());
+  EXPECT_EQ(shapes_.GetItem(3).GetItemCount(), 3u) << "the hidden text got no further state";
+  EXPECT_EQ(Current(0)->GetCurrentToolID(), IToolsId::SHAPE_LINE) << "the tool is kept";
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "shape 3", "shape 3"));
+
+  observer_.log.clear();
+  shapes_.RemoveShapeAll(ShapeType::Line);
+  EXPECT_EQ(manager_->GetStepCount(), 3u) << "no visible line is left";
+  EXPECT_THAT(observer_.log, IsEmpty());
+
+  // Counting: hidden shapes are items, but not active ones.
+  EXPECT_EQ(shapes_.GetShapeItemCount(ShapeType::All), 4u);
+  EXPECT_EQ(shapes_.GetShapeActiveItemCount(ShapeType::All), 1u);
+  EXPECT_EQ(shapes_.GetShapeItemCount(ShapeType::Line), 2u);
+  EXPECT_EQ(shapes_.GetShapeItemCount(ShapeType::Line | ShapeType::Text), 3u);
+  EXPECT_EQ(shapes_.GetShapeActiveItemCount(ShapeType::Line | ShapeType::Arrow), 1u);
+  EXPECT_EQ(shapes_.GetShapeItemCount(ShapeType::Ellipse), 0u);
+  const auto lines = shapes_.GetShapeItems(ShapeType::Line);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[1].GetImpl(), Current(2).GetImpl()) << "shared, not cloned";
+  const auto active = shapes_.GetShapeActiveItems(ShapeType::All);
+  ASSERT_EQ(active.size(), 1u);
+  EXPECT_EQ(active[0]->GetIndex(), 1);
+
+  // Undo brings the lines back together.
+  manager_->Undo();
+  EXPECT_EQ(shapes_.GetShapeActiveItemCount(ShapeType::Line), 2u);
+}
+
+TEST_F(ShapeUndoTest, RemoveShapeAllImplCanClearTheTool) {
+  shapes_.SetShape(NewArrow(), nullptr);
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
+    shapes_.RemoveShapeAllImpl(ShapeType::All, true);
+  }
+  EXPECT_FALSE(Current(0)->IsVisible());
+  EXPECT_EQ(Current(0)->GetCurrentToolID(), IToolsId::NONE);
+  EXPECT_EQ(manager_->GetStepCount(), 2u);
+}
+
+TEST_F(ShapeUndoTest, UndoAndRedoWalkAShapesStates) {
+  shapes_.SetShape(NewArrow(), nullptr);
+  const ShapeInfo placed = Current(0);
+  shapes_.SetShape(MovedTo(placed, 0.7), nullptr);
+  const ShapeInfo moved = Current(0);
+  observer_.log.clear();
+  observer_.shapes.clear();
+
+  manager_->Undo();
+  EXPECT_TRUE(Current(0) == placed);
+  EXPECT_EQ(shapes_.GetShapeItemInfo(0, 2).GetImpl(), moved.GetImpl()) << "kept for redo";
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "tool 1", "shape 1"));
+
+  // The first step is the document's base: the manager never undoes it, but the item can be
+  // stepped back to its baseline as a transaction's rollback would.
+  EXPECT_FALSE(manager_->IsUndoEnabled());
+
+  observer_.log.clear();
+  manager_->Redo();
+  EXPECT_TRUE(Current(0) == moved);
+  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "tool 1", "shape 2"));
+  ASSERT_EQ(observer_.shapes.size(), 2u);
+  EXPECT_TRUE(observer_.shapes.back() == moved);
+}
+
+TEST_F(ShapeUndoTest, UndoingThePlacingOfAShapeHidesIt) {
+  shapes_.SetShape(NewLine(), nullptr);  // the base step
+  shapes_.SetShape(NewText(), nullptr);
+  manager_->Undo();
+  EXPECT_FALSE(Current(1)->IsVisible());
+  EXPECT_TRUE(shapes_.GetItem(1).IsSaved()) << "the text's baseline is saved";
+  manager_->Redo();
+  EXPECT_TRUE(Current(1)->IsVisible());
+}
+
+TEST_F(ShapeUndoTest, SavedStateOfTheSet) {
+  EXPECT_TRUE(shapes_.IsSaved()) << "an empty set";
+  shapes_.SetShape(NewLine(), nullptr);
+  shapes_.SetShape(NewArrow(), nullptr);
+  EXPECT_FALSE(shapes_.IsSaved());
+
+  shapes_.SetSaved(true);  // one item at a time
+  EXPECT_TRUE(Current(0)->IsSaved());
+  EXPECT_FALSE(Current(1)->IsSaved());
+  EXPECT_FALSE(shapes_.IsSaved());
+  shapes_.SetSaved(true);
+  EXPECT_TRUE(shapes_.IsSaved());
+  shapes_.SetSaved(true);  // nothing differs: nothing happens
+  EXPECT_TRUE(shapes_.IsSaved());
+
+  shapes_.SetSaved(false);
+  EXPECT_FALSE(Current(0)->IsSaved());
+  EXPECT_TRUE(Current(1)->IsSaved());
+}
+
+TEST_F(ShapeUndoTest, RemovingAShapeNeverSavedLeavesTheSetSaved) {
+  shapes_.SetShape(NewLine(), nullptr);
+  shapes_.SetSaved(true);
+  shapes_.SetShape(NewArrow(), nullptr);
+  EXPECT_FALSE(shapes_.IsSaved());
+
+  shapes_.RemoveShapeAll(ShapeType::Arrow);
+  EXPECT_TRUE(shapes_.IsSaved()) << "the arrow came and went without a save";
+
+  shapes_.RemoveShapeAll(ShapeType::Line);
+  EXPECT_FALSE(shapes_.IsSaved()) << "the line was on disk: removing it is a change";
+}
+
+TEST_F(ShapeUndoTest, ShapesOutsideTheSetAreRefused) {
+  auto stranger = LineInfo::Create(IToolsId::SHAPE_LINE);
+  stranger->SetIndex(5);
+  EXPECT_THROW(shapes_.SetShape(ShapeInfo(*stranger), nullptr), CanvaroException);
+  EXPECT_THROW(shapes_.OverwriteShape(ShapeInfo(*stranger)), CanvaroException);
+  EXPECT_EQ(manager_->GetStepCount(), 0u);
+}
+
+TEST_F(ShapeUndoTest, DrawableFrameInfoIsAPlainCopy) {
+  EXPECT_EQ(shapes_.GetDrawableFrameInfo(), Conf::FrameInfo{});
+  shapes_.SetDrawableFrameInfo({1920, 1080, 1, 1});
+  shapes_.SetDrawableFrameInfo({800, 600, 4, 3});
+  EXPECT_EQ(shapes_.GetDrawableFrameInfo(), (Conf::FrameInfo{800, 600, 4, 3}));
+  EXPECT_THAT(observer_.log, IsEmpty());
+}
+
+// Saving: the set, the step list and the storage go into one tree, through its text form, and
+// come back into fresh objects over the same swap directory.
+class ShapeUndoSaveTest : public ShapeUndoTest {
+ protected:
+  Core::Property Save() {
+    Core::Property tree;
+    auto s = Drevin::SerializerProperty::Create(tree);
+    s->WriteObject("Shapes", shapes_);
+    s->WriteObject("UndoManager", *manager_);
+    s->WriteObject("Storage", storage_);
+    storage_.WaitForPendingSaves();
+    return Core::PropertySerializer::FromString(Core::PropertySerializer::ToString(tree));
+  }
+};
+
+TEST_F(ShapeUndoSaveTest, ASavedSetLoadsIntoAFreshSetWithItsSteps) {
+  shapes_.SetShape(NewLine(), nullptr);
+  shapes_.SetShapes({NewText(), NewArrow()});
+  shapes_.SetShape(MovedTo(Current(1), 0.25), Picture(7));
+  shapes_.RemoveShapeAll(ShapeType::Arrow);
+  manager_->Undo();
+  const Core::Property tree = Save();
+
+  const auto& items = tree.GetChild("Shapes").GetCollection("Items");
+  ASSERT_EQ(items.size(), 3u);
+  EXPECT_EQ(items[2].GetString("Name"), "Item_00000002");
+  EXPECT_EQ(items[2].GetChild("Data").GetClassId(), "ShapeUndoItem");
+
+  FrameStorage storage(dir_.path(), [n = 0]() mutable { return "again" + std::to_string(n++); });
+  IUndoManagerPtr manager = UndoManager::Create(storage);
+  ShapeUndo shapes(&storage, manager);
+  RecordingObserver observer;
+  shapes.RegisterEventHandler(manager.get());
+  manager->GetTransactionManager().RegisterHandler(&observer);
+  auto reader = Drevin::SerializerProperty::Create(tree);
+  reader->ReadObject("Storage", storage);
+  reader->ReadObject("Shapes", shapes);
+  reader->ReadObject("UndoManager", *manager);
+
+  ASSERT_EQ(shapes.GetItemCount(), 3u);
+  EXPECT_EQ(manager->GetStepCount(), manager_->GetStepCount());
+  EXPECT_EQ(manager->GetCurrentStep(), manager_->GetCurrentStep());
+  for (unsigned i = 0; i < 3; ++i) {
+    const ShapeUndoItem& original = shapes_.GetItem(i);
+    const ShapeUndoItem& loaded = shapes.GetItem(i);
+    EXPECT_EQ(loaded.GetMultiName(), original.GetMultiName());
+    ASSERT_EQ(loaded.GetItemCount(), original.GetItemCount()) << i;
+    EXPECT_EQ(loaded.GetCurrentIndexImpl(), original.GetCurrentIndexImpl()) << i;
+    for (Index state = 0; state < loaded.GetItemCount(); ++state) {
+      EXPECT_TRUE(loaded.Get(state).GetInfo() == original.Get(state).GetInfo()) << i << state;
+      EXPECT_EQ(loaded.Get(state).GetFrameIndex(), original.Get(state).GetFrameIndex());
+    }
+  }
+  EXPECT_EQ(canvaro_test::PackedBytes(*shapes.GetShapeItemVideo(1, kCurrent)),
+            canvaro_test::PackedBytes(*Picture(7)));
+
+  // The loaded steps replay on the loaded items, exactly as the original ones do.
+  observer.log.clear();  // loading the step list announced each step
+  manager->Redo();
+  manager_->Redo();
+  EXPECT_FALSE(shapes.GetShapeItemInfo(2, kCurrent)->IsVisible());
+  EXPECT_THAT(observer.log, ElementsAre("undo", "save", "tool 1", "shape 2"));
+  manager->Undo();
+  manager->Undo();
+  manager_->Undo();
+  manager_->Undo();
+  for (unsigned i = 0; i < 3; ++i) {
+    EXPECT_TRUE(shapes.GetShapeItemInfo(i, kCurrent) == Current(i)) << i;
+  }
+  // And new shapes continue the order.
+  shapes.SetShape(NewText(), nullptr);
+  EXPECT_EQ(shapes.GetShapeItemInfo(3, kCurrent)->GetIndex(), 3);
+}
+
+TEST_F(ShapeUndoSaveTest, ANodeWithoutItemsLeavesTheSetAlone) {
+  shapes_.SetShape(NewLine(), nullptr);
+  Core::Property empty;
+  shapes_.Deserialize(Drevin::SerializerProperty::Create(std::as_const(empty)));
+  EXPECT_EQ(shapes_.GetItemCount(), 1u);
+}
+
+TEST_F(ShapeUndoSaveTest, SavedItemsThatCannotBeUsedAreRefused) {
+  // One saved item, as a damaged file might hold it; `fill` writes its "Data".
+  auto load = [this](auto fill) {
+    Core::Property node;
+    Core::Property& item = node.AddCollection("Items").emplace_back();
+    item.SetString("Name", "Item_00000000");
+    fill(item);
+    ShapeUndo fresh(&storage_, UndoManager::Create(storage_));
+    try {
+      fresh.Deserialize(Drevin::SerializerProperty::Create(std::as_const(node)));
+    } catch (...) {
+      EXPECT_EQ(fresh.GetItemCount(), 0u) << "nothing half-read joins the set";
+      throw;
+    }
+  };
+
+  EXPECT_THROW(load([](Core::Property& item) {
+                 Core::Property& data = item.AddChild("Data");
+                 data.SetInt("Index", -1);
+                 data.AddCollection("Items");  // no states at all
+               }),
+               CanvaroException);
+  EXPECT_THROW(load([](Core::Property& item) {
+                 Core::Property& data = item.AddChild("Data");
+                 data.SetInt("Index", 0);
+                 Core::Property& state = data.AddCollection("Items").emplace_back();
+                 state.AddChild("Info");  // a state without a shape kind
+               }),
+               CanvaroException);
+  EXPECT_THROW(load([](Core::Property&) {}), Core::PropertyException);  // no "Data"
+}
+
+}  // namespace
