@@ -1,0 +1,154 @@
+#include "canvaro/Undo/MaskCounter.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <limits>
+#include <utility>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/settings/ICanvaroBrush.h"
+#include "kelbra/Core/CoreException.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/PropertyKeys.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using canvaro_test::KeysOf;
+using ::testing::ElementsAre;
+
+Core::Property Write(const MaskCounter& counter) {
+  Core::Property tree;
+  counter.Serialize(Drevin::SerializerProperty::Create(tree));
+  return tree;
+}
+
+void Read(MaskCounter& counter, const Core::Property& tree) {
+  counter.Deserialize(Drevin::SerializerProperty::Create(tree));
+}
+
+// A record with `total` and one list element per (value, count) pair.
+Core::Property DetailRecord(std::int64_t total,
+                            std::initializer_list<std::pair<std::int64_t, std::int64_t>> pairs) {
+  Core::Property tree;
+  tree.SetInt64("PixelCount", total);
+  auto& list = tree.AddCollection("PixelCountDetail");
+  for (const auto& [value, count] : pairs) {
+    Core::Property& element = list.emplace_back();
+    element.SetInt64("PixelCountDetailId", value);
+    element.SetInt64("PixelCountDetailVal", count);
+  }
+  return tree;
+}
+
+// Counts 3 pixels of value 7, 2 of value 90 and 1 of value 255.
+MaskCounter SomeCounts() {
+  MaskCounter counter;
+  for (std::uint8_t v : {7, 90, 7, 255, 90, 7}) counter.Add(v);
+  return counter;
+}
+
+TEST(MaskCounterTest, GetSumsTheListedValuesOrGivesTheTotal) {
+  const MaskCounter counter = SomeCounts();
+  EXPECT_EQ(counter.Get({}), 6u);
+  EXPECT_EQ(counter.Get({7}), 3u);
+  EXPECT_EQ(counter.Get({7, 7}), 6u);  // duplicates are not merged
+  EXPECT_EQ(counter.Get({90, 255, 1}), 3u);
+  EXPECT_EQ(counter.Get({0}), 0u);
+
+  MaskCounter reset = counter;
+  reset.Reset();
+  EXPECT_EQ(reset.Get({}), 0u);
+  EXPECT_EQ(reset.Get({7, 90, 255}), 0u);
+  EXPECT_EQ(reset, MaskCounter());
+}
+
+TEST(MaskCounterTest, WritesTotalAndNonZeroCountersInValueOrder) {
+  MaskCounter counter = SomeCounts();
+  const Core::Property tree = Write(counter);
+  EXPECT_THAT(KeysOf(tree), ElementsAre("PixelCount", "PixelCountDetail"));
+  EXPECT_EQ(tree.GetInt64("PixelCount"), 6);
+  const auto& list = tree.GetCollection("PixelCountDetail");
+  ASSERT_EQ(list.size(), 3u);
+  const std::int64_t expected[][2] = {{7, 3}, {90, 2}, {255, 1}};
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_THAT(KeysOf(list[i]), ElementsAre("PixelCountDetailId", "PixelCountDetailVal"));
+    EXPECT_EQ(list[i].GetInt64("PixelCountDetailId"), expected[i][0]);
+    EXPECT_EQ(list[i].GetInt64("PixelCountDetailVal"), expected[i][1]);
+  }
+
+  const Core::Property empty = Write(MaskCounter());
+  EXPECT_EQ(empty.GetInt64("PixelCount"), 0);
+  EXPECT_TRUE(empty.GetCollection("PixelCountDetail").empty());
+}
+
+TEST(MaskCounterTest, RoundTripReproducesEveryCounter) {
+  MaskCounter counter = SomeCounts();
+  // Counts beyond 32 bits, and beyond the signed range of the stored entries.
+  counter.Add(1, std::uint64_t{5} << 40);
+  counter.Add(2, std::numeric_limits<std::uint64_t>::max() - (std::uint64_t{5} << 40) - 6);
+  MaskCounter read;
+  Read(read, Write(counter));
+  EXPECT_EQ(read, counter);
+  EXPECT_EQ(read.Get({}), std::numeric_limits<std::uint64_t>::max());
+}
+
+TEST(MaskCounterTest, RecordWithoutDetailCountsEverythingAsTheDefaultBrush) {
+  Core::Property tree;
+  tree.SetInt64("PixelCount", 500);
+  MaskCounter counter;
+  Read(counter, tree);
+  EXPECT_EQ(counter.Get({}), 500u);
+  EXPECT_EQ(counter.Get({ICanvaroBrush::INDEX_DEFAULT}), 500u);
+  EXPECT_EQ(counter.Get({7}), 0u);
+}
+
+TEST(MaskCounterTest, ReadsOverTheCurrentCounters) {
+  // An empty list keeps every per-value counter; the total is read.
+  Core::Property emptyList;
+  emptyList.SetInt64("PixelCount", 40);
+  emptyList.AddCollection("PixelCountDetail");
+  MaskCounter counter = SomeCounts();
+  Read(counter, emptyList);
+  EXPECT_EQ(counter.Get({}), 40u);
+  EXPECT_EQ(counter.Get({7}), 3u);
+  EXPECT_EQ(counter.Get({90}), 2u);
+
+  // A listed value replaces its counter, the others stay; an absent total stays too.
+  Core::Property oneValue = DetailRecord(0, {{90, 11}});
+  oneValue.Remove("PixelCount");
+  Read(counter, oneValue);
+  EXPECT_EQ(counter.Get({}), 40u);
+  EXPECT_EQ(counter.Get({90}), 11u);
+  EXPECT_EQ(counter.Get({7}), 3u);
+}
+
+TEST(MaskCounterTest, BadRecordsThrowAndLeaveTheCounterAlone) {
+  const MaskCounter before = SomeCounts();
+  MaskCounter counter = before;
+
+  try {
+    Read(counter, DetailRecord(10, {{7, 1}, {256, 9}}));
+    FAIL() << "a value above 255 was accepted";
+  } catch (const CanvaroException& e) {
+    const std::string* text = boost::get_error_info<TagDescription>(e);
+    ASSERT_NE(text, nullptr);
+    EXPECT_THAT(*text, ::testing::HasSubstr("256"));
+  }
+  EXPECT_EQ(counter, before);
+
+  EXPECT_THROW(Read(counter, DetailRecord(10, {{-1, 9}})), CanvaroException);
+  EXPECT_EQ(counter, before);
+
+  Core::Property wrongType;
+  wrongType.SetString("PixelCount", "many");
+  EXPECT_THROW(Read(counter, wrongType), Core::WrongTypeIsRequested);
+  EXPECT_EQ(counter, before);
+}
+
+}  // namespace
