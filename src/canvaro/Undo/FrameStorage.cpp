@@ -41,6 +41,10 @@ Index FrameStorage::DeserializeItem(const Drevin::ISerializerConstPtr& serialize
   return impl_->DeserializeItem(serializer);
 }
 
+void FrameStorage::SerializeItem(Index index, const Drevin::ISerializerPtr& serializer) const {
+  impl_->SerializeItem(index, serializer);
+}
+
 Index FrameStorage::GetCount() const { return impl_->GetCount(); }
 
 void FrameStorage::WaitForPendingSaves() const { impl_->WaitForPendingSaves(); }

@@ -73,6 +73,9 @@ class FrameStorage : public virtual Drevin::ISerializable {
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
   // Appends one frame read from a single frame record; returns its index.
   Index DeserializeItem(const Drevin::ISerializerConstPtr& serializer);
+  // Writes the record of frame `index` alone, as DeserializeItem reads it, after queueing the
+  // frame for writing when it has a picture but no file yet.
+  void SerializeItem(Index index, const Drevin::ISerializerPtr& serializer) const;
 
   // ---- beyond the document's needs: for hosts, tools and tests ----
 

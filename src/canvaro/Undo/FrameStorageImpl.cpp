@@ -121,6 +121,14 @@ Index FrameStorage::Impl::DeserializeItem(const Drevin::ISerializerConstPtr& ser
   return index;
 }
 
+void FrameStorage::Impl::SerializeItem(Index index,
+                                       const Drevin::ISerializerPtr& serializer) const {
+  const auto& item = items_[index];
+  // Only a picture without a file needs queueing; anything else would just log a second time.
+  if (item->GetFileName().empty() && item->GetMemorySize() > 0) Swap({index});
+  item->Serialize(serializer);
+}
+
 Index FrameStorage::Impl::GetCount() const { return static_cast<Index>(items_.size()); }
 
 void FrameStorage::Impl::WaitForPendingSaves() const {

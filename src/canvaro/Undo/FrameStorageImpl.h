@@ -45,6 +45,7 @@ class FrameStorage::Impl : public Drevin::ISerializable {
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
   Index DeserializeItem(const Drevin::ISerializerConstPtr& serializer);
+  void SerializeItem(Index index, const Drevin::ISerializerPtr& serializer) const;
 
   Index GetCount() const;
   void WaitForPendingSaves() const;

@@ -213,6 +213,11 @@ class TUndoImpl : public virtual Drevin::ISerializable {
 
  protected:
   FrameStorage* GetStorage() const { return storage_; }
+  // Drops every item: the history becomes empty.
+  void Clear() {
+    items_.clear();
+    current_ = -1;
+  }
 
  private:
   std::vector<UndoItem> items_;
