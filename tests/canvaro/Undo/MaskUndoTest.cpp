@@ -1,0 +1,374 @@
+#include "canvaro/Undo/MaskUndo.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/settings/ICanvaroBrush.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/LogCapture.h"
+#include "support/PropertyKeys.h"
+#include "support/TempDir.h"
+#include "support/TestPainter.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using Blender::IBlender;
+using canvaro_test::KeysOf;
+using ::testing::ElementsAre;
+
+// Odd sizes, so that rows end in the middle of a word.
+constexpr std::int32_t kWidth = 61;
+constexpr std::int32_t kHeight = 37;
+
+// The mask as the test expects it, kept independently of the history: one byte per pixel.
+struct Model {
+  std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(kWidth * kHeight, 0);
+
+  std::uint8_t& at(std::int32_t x, std::int32_t y) { return bytes[y * kWidth + x]; }
+  // Paints `value` into the rectangle: every pixel, or a pattern that leaves some alone.
+  Model Painted(const MaskInfo& rect, std::uint8_t value, bool solid = false) const {
+    Model next = *this;
+    for (std::int32_t y = std::max(rect.GetTop(), 0); y < std::min(rect.GetBottom(), kHeight); ++y)
+      for (std::int32_t x = std::max(rect.GetLeft(), 0); x < std::min(rect.GetRight(), kWidth); ++x)
+        if (solid || (x * 7 + y * 3) % 5 != 0) next.at(x, y) = value;
+    return next;
+  }
+  bool IsBlank() const {
+    return std::all_of(bytes.begin(), bytes.end(), [](auto b) { return !b; });
+  }
+  std::uint64_t Count(std::uint8_t value) const {
+    return static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), value));
+  }
+  Proc::CropInfo Box() const {
+    Proc::CropInfo box;
+    for (std::int32_t y = 0; y < kHeight; ++y)
+      for (std::int32_t x = 0; x < kWidth; ++x)
+        if (bytes[y * kWidth + x] != 0) box.Apart(x, y);
+    return box;
+  }
+  Proc::IDataVideoPtr Picture() const {
+    auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight, 1, 1});
+    auto plane = picture->GetPlane(0);
+    for (std::int32_t y = 0; y < kHeight; ++y)
+      std::memcpy(plane.GetOffsetPtr(0, y), &bytes[y * kWidth], kWidth);
+    return picture;
+  }
+  static Model Of(const Proc::IDataVideo& picture) {
+    Model model;
+    const auto plane = picture.GetPlane(0);
+    for (std::int32_t y = 0; y < kHeight; ++y)
+      std::memcpy(&model.bytes[y * kWidth], plane.GetOffsetPtr(0, y), kWidth);
+    return model;
+  }
+};
+
+MaskInfo Rect(std::int32_t left, std::int32_t right, std::int32_t top, std::int32_t bottom) {
+  return MaskInfo(left, right, top, bottom,
+                  MaskInfo::MaskInfoEx(
+                      IBlender::Initializer(IBlender::Initializer::DEFAULT, Proc::Color::Black())));
+}
+
+class MaskUndoTest : public ::testing::Test {
+ protected:
+  std::function<std::string()> Names() {
+    return [this] { return "mask" + std::to_string(names_++); };
+  }
+  Proc::IDataVideoPtr Working(const MaskUndo& mask) const {
+    return storage_->GetFrame(mask.Get(0).GetFrameIndex());
+  }
+  // The working mask, its counts and its box against a recount of `model`.
+  void ExpectMask(const MaskUndo& mask, const Model& model, const std::string& where) {
+    SCOPED_TRACE(where);
+    const Proc::IDataVideoPtr working = Working(mask);
+    if (model.IsBlank()) {
+      EXPECT_EQ(working, nullptr) << "an unpainted mask stays in the storage";
+    } else {
+      ASSERT_NE(working, nullptr);
+      EXPECT_TRUE(Model::Of(*working).bytes == model.bytes) << "pixels differ";
+    }
+    EXPECT_EQ(mask.GetPixelCount({}), model.bytes.size() - model.Count(0));
+    for (std::uint8_t value : {7, 90, 200})
+      EXPECT_EQ(mask.GetPixelCount({value}), model.Count(value)) << "value " << int(value);
+    EXPECT_EQ(mask.GetCropInfo(), model.Box());
+  }
+
+  canvaro_test::TempDir dir_;
+  int names_ = 0;
+  std::unique_ptr<FrameStorage> storage_ = std::make_unique<FrameStorage>(dir_.path(), Names());
+};
+
+// A history of four strokes over a painted start, with its expected masks.
+struct Strokes {
+  std::vector<Model> states;
+  std::vector<MaskInfo> infos;
+};
+
+Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<MaskUndo>& owner) {
+  Strokes s;
+  s.states.push_back(Model().Painted(Rect(10, 30, 5, 20), ICanvaroBrush::INDEX_DEFAULT));
+  s.infos.push_back(Rect(0, kWidth, 0, kHeight));
+  owner = std::make_unique<MaskUndo>(&storage, kWidth, kHeight, s.states[0].Picture(), s.infos[0]);
+  mask = owner.get();
+  struct Stroke {
+    MaskInfo info;
+    std::uint8_t value;
+    bool solid;
+  };
+  const Stroke strokes[] = {
+      {Rect(20, 45, 10, 30), 7, true},   // overlaps the start
+      {Rect(50, 80, -5, 9), 200, true},  // reaches past the right and top edges
+      {Rect(0, 40, 0, 37), 0, false},    // an eraser: the box shrinks
+      {Rect(3, 11, 30, 37), 90, false},  // the bottom-left corner
+  };
+  for (const auto& [info, value, solid] : strokes) {
+    s.states.push_back(s.states.back().Painted(info, value, solid));
+    s.infos.push_back(info);
+    EXPECT_TRUE(mask->PushMask(info, s.states.back().Picture()));
+  }
+  return s;
+}
+
+TEST_F(MaskUndoTest, StrokesUndoAndRedoInAnyOrder) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  ASSERT_EQ(mask->GetItemCount(), 5u);
+  ExpectMask(*mask, s.states[4], "after the strokes");
+
+  std::mt19937 random(42);
+  for (int step = 0; step < 120; ++step) {
+    const bool undo = random() % 2 == 0;
+    const Index before = mask->GetCurrentIndexImpl();
+    if (undo) {
+      mask->UndoImpl();
+      EXPECT_EQ(mask->GetCurrentIndexImpl(), before == 0 ? 0 : before - 1);
+    } else {
+      mask->RedoImpl();
+      EXPECT_EQ(mask->GetCurrentIndexImpl(), before == 4 ? 4 : before + 1);
+    }
+    const Index now = mask->GetCurrentIndexImpl();
+    ExpectMask(*mask, s.states[now], "step " + std::to_string(step));
+    EXPECT_EQ(mask->GetInfo().GetLeft(), s.infos[now].GetLeft());
+    EXPECT_EQ(mask->GetInfo().GetBottom(), s.infos[now].GetBottom());
+    // Now and then every picture goes to disk, the working mask included, and comes back.
+    if (step % 9 == 0) {
+      storage_->SwapExcept({});
+      storage_->WaitForPendingSaves();
+    }
+  }
+
+  // A recount on demand finds the same, whatever rectangle it is given.
+  const Model& now = s.states[mask->GetCurrentIndexImpl()];
+  mask->CheckInfo(Rect(0, 1, 0, 1));
+  EXPECT_EQ(mask->GetInfo().GetRight(), 1);
+  ExpectMask(*mask, now, "recounted");
+}
+
+TEST_F(MaskUndoTest, NewStrokeAfterUndoDropsTheRedoTailAndItsPictures) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  mask->UndoImpl();
+  mask->UndoImpl();
+  const Index tail3 = mask->Get(3).GetFrameIndex();
+  const Index tail4 = mask->Get(4).GetFrameIndex();
+  const Model next = s.states[2].Painted(Rect(5, 15, 5, 15), 200);
+  ASSERT_TRUE(mask->PushMask(Rect(5, 15, 5, 15), next.Picture()));
+  EXPECT_EQ(mask->GetItemCount(), 4u);
+  EXPECT_FALSE(mask->IsRedoEnabledImpl());
+  EXPECT_EQ(storage_->GetFrame(tail3), nullptr);
+  EXPECT_EQ(storage_->GetFrame(tail4), nullptr);
+  ExpectMask(*mask, next, "after the new stroke");
+  mask->UndoImpl();
+  ExpectMask(*mask, s.states[2], "after undoing it");
+}
+
+TEST_F(MaskUndoTest, ClearingTheMaskIsAStepToo) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  MaskInfo clear = Rect(1, 2, 1, 2);
+  clear.GetInfoEx().SetPainter(canvaro_test::TestPainter::Make(3));
+  ASSERT_TRUE(mask->PushMask(clear, nullptr));
+  ExpectMask(*mask, Model(), "cleared");
+  EXPECT_EQ(mask->GetInfo().GetInfoEx().GetPainter(), clear.GetInfoEx().GetPainter());
+  EXPECT_EQ(mask->GetInfo().GetLeft(), s.infos[4].GetLeft()) << "the rectangle stays";
+  EXPECT_FALSE(mask->PushMask(clear, nullptr)) << "nothing left to clear";
+
+  mask->UndoImpl();  // every pixel comes back, also outside the clear's rectangle
+  ExpectMask(*mask, s.states[4], "clear undone");
+  mask->RedoImpl();
+  ExpectMask(*mask, Model(), "clear redone");
+}
+
+TEST_F(MaskUndoTest, EmptyRectanglesAreRefused) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  const Model other = s.states[4].Painted(Rect(0, 10, 0, 10), 7);
+  EXPECT_FALSE(mask->PushMask(Rect(5, 5, 0, 10), other.Picture()));    // no width
+  EXPECT_FALSE(mask->PushMask(Rect(0, 10, 8, 3), other.Picture()));    // negative height
+  EXPECT_FALSE(mask->PushMask(Rect(70, 90, 0, 10), other.Picture()));  // beside the mask
+  EXPECT_FALSE(mask->PushMask(Rect(5, 5, 0, 10), nullptr));
+  EXPECT_EQ(mask->GetItemCount(), 5u);
+  ExpectMask(*mask, s.states[4], "unchanged");
+}
+
+TEST_F(MaskUndoTest, UnpaintedMaskIsDroppedAndLogged) {
+  canvaro_test::LogCapture log;
+  MaskUndo mask(storage_.get(), kWidth, kHeight, Model().Picture(), Rect(0, kWidth, 0, kHeight));
+  EXPECT_THAT(log.Messages(), ElementsAre("Mask size: empty", "Mask pixel count: 0"));
+  ExpectMask(mask, Model(), "blank start");
+
+  // Painting on the dropped mask, then erasing it all, then stepping back and forth.
+  const Model painted = Model().Painted(Rect(4, 6, 5, 8), 90);
+  log.Clear();
+  ASSERT_TRUE(mask.PushMask(Rect(4, 6, 5, 8), painted.Picture()));
+  EXPECT_THAT(log.Messages(),
+              ElementsAre("Mask size: 2x3 at (4, 5)",
+                          "Mask pixel count: " + std::to_string(painted.Count(90))));
+  ASSERT_TRUE(mask.PushMask(Rect(0, 10, 0, 10), Model().Picture()));
+  ExpectMask(mask, Model(), "erased");
+  mask.UndoImpl();
+  ExpectMask(mask, painted, "erase undone");
+  mask.UndoImpl();
+  ExpectMask(mask, Model(), "paint undone");
+  mask.RedoImpl();
+  ExpectMask(mask, painted, "paint redone");
+}
+
+TEST_F(MaskUndoTest, PositionZeroAloneStaysInMemory) {
+  MaskUndo mask(storage_.get());
+  EXPECT_TRUE(mask.StayInMemory(0));
+  EXPECT_FALSE(mask.StayInMemory(1));
+  EXPECT_FALSE(mask.StayInMemory(kNoIndex));
+}
+
+TEST_F(MaskUndoTest, BadMasksThrowBeforeAnythingChanges) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  const auto rgba = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1});
+  EXPECT_THROW(mask->PushMask(Rect(0, 5, 0, 5), rgba), CanvaroException);
+  const auto small = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth - 1, kHeight, 1, 1});
+  EXPECT_THROW(mask->PushMask(Rect(0, 5, 0, 5), small), CanvaroException);
+  EXPECT_THROW(mask->PushMask(Rect(0, 5, 0, 5), Working(*mask)), CanvaroException);
+  EXPECT_THROW(MaskUndo(storage_.get(), kWidth, kHeight, rgba, Rect(0, 5, 0, 5)), CanvaroException);
+  EXPECT_EQ(mask->GetItemCount(), 5u);
+  ExpectMask(*mask, s.states[4], "unchanged");
+}
+
+TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* original = nullptr;
+  const Strokes s = PaintStrokes(original, *storage_, owner);
+  original->UndoImpl();
+  original->SetSaved(true);
+
+  MaskUndo copy(storage_.get(), kWidth, kHeight, Model().Painted(Rect(0, 3, 0, 3), 7).Picture(),
+                Rect(0, 3, 0, 3));
+  copy.CopyFrom(*original);
+  ASSERT_EQ(copy.GetItemCount(), 4u);
+  EXPECT_EQ(copy.GetCurrentIndexImpl(), 3u);
+  EXPECT_TRUE(copy.IsSaved());
+  EXPECT_EQ(copy.GetInfo().GetRight(), s.infos[3].GetRight());
+  for (Index i = 0; i < 4; ++i)
+    EXPECT_NE(copy.Get(i).GetFrameIndex(), original->Get(i).GetFrameIndex());
+  EXPECT_NE(Working(copy), Working(*original));
+  ExpectMask(copy, s.states[3], "copy");
+
+  // The two histories no longer share pixels.
+  copy.UndoImpl();
+  copy.UndoImpl();
+  ExpectMask(copy, s.states[1], "copy undone twice");
+  ExpectMask(*original, s.states[3], "original untouched");
+  original->RedoImpl();
+  ExpectMask(*original, s.states[4], "original redone");
+
+  // Copying itself drops the redo tail; an empty history copies as empty.
+  copy.CopyFrom(copy);
+  EXPECT_EQ(copy.GetItemCount(), 2u);
+  ExpectMask(copy, s.states[1], "self copy");
+  copy.UndoImpl();
+  ExpectMask(copy, s.states[0], "self copy undone");
+  copy.CopyFrom(MaskUndo(storage_.get()));
+  EXPECT_EQ(copy.GetItemCount(), 0u);
+}
+
+TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  mask->UndoImpl();  // the redo tail is saved too
+  mask->SetSaved(true);
+
+  Core::Property tree;
+  mask->Serialize(Drevin::SerializerProperty::Create(tree));
+  // This node keeps one entry per key: the second "MaskCounter" replaces the first in place.
+  EXPECT_THAT(KeysOf(tree), ElementsAre("Index", "Items", "IsSaved", "MaskCounter", "MaskInfo"));
+  EXPECT_EQ(tree.GetChild("MaskCounter").GetInt64("PixelCount"),
+            static_cast<std::int64_t>(mask->GetPixelCount({})));
+  EXPECT_THAT(
+      KeysOf(tree.GetCollection("Items")[1]),
+      ElementsAre("Info", "FrameIndex", "FileName", "Width", "Height", "AspectX", "AspectY"));
+  storage_->WaitForPendingSaves();
+  owner.reset();
+  storage_ = std::make_unique<FrameStorage>(dir_.path(), Names());
+  storage_->AddFrame(nullptr);  // indices in the new storage differ from the saved ones
+
+  MaskUndo loaded(storage_.get());
+  loaded.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  ASSERT_EQ(loaded.GetItemCount(), 5u);
+  EXPECT_EQ(loaded.GetCurrentIndexImpl(), 3u);
+  EXPECT_TRUE(loaded.IsSaved());
+  EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
+  EXPECT_EQ(loaded.GetInfo().GetTop(), s.infos[3].GetTop());
+  EXPECT_EQ(Model::Of(*Working(loaded)).bytes, s.states[3].bytes);
+  for (Index i = 3; i > 0; --i) {
+    loaded.UndoImpl();
+    ExpectMask(loaded, s.states[i - 1], "loaded, undone to " + std::to_string(i - 1));
+  }
+  for (Index i = 1; i <= 4; ++i) {
+    loaded.RedoImpl();
+    ExpectMask(loaded, s.states[i], "loaded, redone to " + std::to_string(i));
+  }
+}
+
+TEST_F(MaskUndoTest, LoadingWithAMissingSwapFileThrows) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  PaintStrokes(mask, *storage_, owner);
+  Core::Property tree;
+  mask->Serialize(Drevin::SerializerProperty::Create(tree));
+  storage_->WaitForPendingSaves();
+  const std::string lost = tree.GetCollection("Items")[2].GetString("FileName");
+  std::filesystem::remove((dir_.path() / lost).native());
+
+  MaskUndo loaded(storage_.get());
+  try {
+    loaded.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+    FAIL() << "a missing swap file was accepted";
+  } catch (const CanvaroException& e) {
+    const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
+    ASSERT_NE(code, nullptr);
+    EXPECT_EQ(*code, CanvaroError::SwapFileFailure);
+  }
+  EXPECT_EQ(loaded.GetItemCount(), 0u);
+}
+
+}  // namespace
