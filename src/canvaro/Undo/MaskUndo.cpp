@@ -1,6 +1,7 @@
 #include "canvaro/Undo/MaskUndo.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include <glog/logging.h>
@@ -46,8 +47,18 @@ ROI Union(const ROI& a, const ROI& b) {
 void ExchangeRows(const Proc::Details::PlaneTemplate<false>& a,
                   const Proc::Details::PlaneTemplate<false>& b, std::size_t width,
                   std::size_t height) {
+  // Through a small buffer: three memcpy calls move whole vectors where a byte-wise swap would
+  // not.
+  std::uint8_t buffer[512];
   for (std::size_t y = 0; y < height; ++y) {
-    std::swap_ranges(a.GetOffsetPtr(0, y), a.GetOffsetPtr(width, y), b.GetOffsetPtr(0, y));
+    std::uint8_t* rowA = a.GetOffsetPtr(0, y);
+    std::uint8_t* rowB = b.GetOffsetPtr(0, y);
+    for (std::size_t x = 0; x < width; x += sizeof buffer) {
+      const std::size_t n = std::min(sizeof buffer, width - x);
+      std::memcpy(buffer, rowA + x, n);
+      std::memcpy(rowA + x, rowB + x, n);
+      std::memcpy(rowB + x, buffer, n);
+    }
   }
 }
 
