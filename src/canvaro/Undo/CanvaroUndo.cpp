@@ -1,0 +1,268 @@
+// The document: construction and teardown, edits, and the participant operations that the undo
+// manager drives. Queries and shape forwarding are in CanvaroUndoQueries.cpp, saving in
+// CanvaroUndoSerialize.cpp.
+#include "canvaro/Undo/CanvaroUndo.h"
+
+#include <utility>
+
+#include <glog/logging.h>
+#include <boost/assert/source_location.hpp>
+#include <boost/throw_exception.hpp>
+
+#include "canvaro/Undo/ShapeUndo.h"
+#include "canvaro/Undo/UndoManager.h"
+#include "canvaro/foundation/ToolsId.h"
+
+namespace Kelbra::Canvaro {
+
+namespace {
+
+using Events = IDrawerEventHandler;
+
+// The tool recorded with a mask step: the host's painter says which tool painted the stroke
+// when it carries one; NONE otherwise.
+IToolsId::Value ToolOf(const MaskInfo& info) {
+  const auto* tool = dynamic_cast<const IToolsId*>(info.GetInfoEx().GetPainter().get());
+  return tool != nullptr ? tool->GetCurrentToolID() : IToolsId::NONE;
+}
+
+// Whether a mask history has a stroke to undo. An empty history (never the case for a step made
+// by the document) has none, although the template's test answers true for it.
+bool CanUndoStroke(const MaskUndo* mask) {
+  return mask != nullptr && mask->GetItemCount() > 1 && mask->IsUndoEnabledImpl();
+}
+
+bool CanRedoStroke(const MaskUndo* mask) {
+  return mask != nullptr && mask->GetItemCount() > 0 && mask->IsRedoEnabledImpl();
+}
+
+[[noreturn]] void ThrowUnusable(const std::string& what) {
+  boost::throw_exception(CanvaroException() << TagDescription(what), BOOST_CURRENT_LOCATION);
+}
+
+}  // namespace
+
+const std::string CanvaroUndo::kMultiName = "CanvaroUndo";
+
+ICanvaroUndoPtr ICanvaroUndo::Create(const ioPath& swapDirectory,
+                                     std::function<std::string()> nameGenerator) {
+  return ICanvaroUndoPtr(new CanvaroUndo(swapDirectory, std::move(nameGenerator)));
+}
+
+CanvaroUndo::CanvaroUndo(const ioPath& swapDirectory, std::function<std::string()> nameGenerator)
+    : History(&storage_),
+      TUndoImplTop(&storage_),
+      swapDirectory_(swapDirectory),
+      storage_(swapDirectory, std::move(nameGenerator)),
+      manager_(UndoManager::Create(storage_)),
+      shapes_(std::make_unique<ShapeUndo>(&storage_, manager_)) {
+  events_.RegisterEventHandler(manager_.get());
+  shapes_->RegisterEventHandler(&events_);
+  manager_->SetAvailableItem(this);
+}
+
+CanvaroUndo::~CanvaroUndo() {
+  LOG(INFO) << "Data size: " << GetCoreSize();
+  shapes_->UnregisterEventHandler(&events_);
+  events_.UnregisterEventHandler(manager_.get());
+}
+
+void CanvaroUndo::Release() const {
+  if (refCount_.Release() == 0) delete this;
+}
+
+// ---- steps ----
+
+bool CanvaroUndo::IsUndoEnabled() const { return manager_->IsUndoEnabled(); }
+bool CanvaroUndo::IsRedoEnabled() const { return manager_->IsRedoEnabled(); }
+void CanvaroUndo::Undo() { manager_->Undo(); }
+void CanvaroUndo::Redo() { manager_->Redo(); }
+IUndoTransactionManager& CanvaroUndo::GetTransactionManager() {
+  return manager_->GetTransactionManager();
+}
+
+std::shared_ptr<MaskUndo> CanvaroUndo::MakeMask(const Proc::IDataVideoPtr& frame,
+                                                const Proc::IDataVideoPtr& maskPicture,
+                                                const MaskInfo& maskInfo) {
+  const Conf::FrameInfo info = frame != nullptr ? frame->GetFrameInfo() : Conf::FrameInfo{};
+  return std::make_shared<MaskUndo>(&storage_, static_cast<unsigned>(info.width),
+                                    static_cast<unsigned>(info.height), maskPicture, maskInfo);
+}
+
+bool CanvaroUndo::PushWithMask(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
+                               const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+  manager_->Truncate();
+  const Index frameIndex = storage_.AddFrame(frame);
+  std::shared_ptr<MaskUndo> mask = MakeMask(frame, maskPicture, maskInfo);
+  Push(settings);
+  Item& item = Get(GetCurrentIndexImpl());
+  item.SetFrameIndex(frameIndex);
+  item.SetMask(mask);
+  manager_->Add(this);
+  return GetItemCount() >= 2;
+}
+
+void CanvaroUndo::Add(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
+                      const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+  // The source picture (the first push) is not a change the host needs to hear of.
+  if (PushWithMask(settings, frame, maskPicture, maskInfo))
+    Notify(Events::EventFrameReason::Change);
+  CheckForSize();
+}
+
+void CanvaroUndo::Set(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
+                      const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+  CurrentItem("Set");
+  const Index frameIndex = storage_.AddFrame(frame);
+  std::shared_ptr<MaskUndo> mask = MakeMask(frame, maskPicture, maskInfo);
+  Item& item = CurrentItem("Set");
+  item.SetInfo(settings);
+  item.SetMask(mask);
+  item.SetFrameIndex(frameIndex);
+  Notify(Events::EventFrameReason::Change);
+  CheckForSize();
+}
+
+// ---- masks ----
+
+void CanvaroUndo::AddMask(const Proc::IDataVideoPtr& maskPicture) {
+  MaskUndo* mask = CurrentItem("AddMask").GetMask().get();
+  if (mask == nullptr) ThrowUnusable("AddMask: the step in force has no mask history");
+  const MaskInfo info = mask->GetInfo();
+  AddMask(maskPicture, info);
+}
+
+void CanvaroUndo::AddMask(const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+  if (CurrentItem("AddMask").GetMask() == nullptr) {
+    ThrowUnusable("AddMask: the step in force has no mask history");
+  }
+  manager_->Truncate();
+  // Truncation keeps the item in force, and with it its mask history.
+  if (!CurrentItem("AddMask").GetMask()->PushMask(maskInfo, maskPicture)) return;
+  manager_->Add(this);
+  CheckForSize();
+  Notify(Events::EventFrameReason::Change);
+}
+
+// ---- participant ----
+
+void CanvaroUndo::MultiUndo() {
+  MaskUndo* mask = CurrentMask();
+  if (CanUndoStroke(mask)) {
+    const MaskInfo undone = mask->GetInfo();
+    mask->UndoImpl();
+    NotifyTool(undone);
+    Notify(Events::EventFrameReason::Undo);
+    return;
+  }
+  // The base item is never undone; an empty history has nothing to undo.
+  const Index current = GetCurrentIndexImpl();
+  if (current == kNoIndex || current == 0 || !IsUndoEnabledImpl()) return;
+  UndoImpl();
+  const Item& item = Get(GetCurrentIndexImpl());
+  // Bring the picture now in force back into memory while the host waits for the step anyway.
+  if (item.GetFrameIndex() != kNoIndex) storage_.GetFrame(item.GetFrameIndex());
+  if (item.GetMask() != nullptr) NotifyTool(item.GetMask()->GetInfo());
+  Notify(Events::EventFrameReason::Undo);
+}
+
+void CanvaroUndo::MultiRedo() {
+  MaskUndo* mask = CurrentMask();
+  if (CanRedoStroke(mask)) {
+    mask->RedoImpl();
+    NotifyTool(mask->GetInfo());
+  } else {
+    if (GetItemCount() == 0 || !IsRedoEnabledImpl()) return;
+    RedoImpl();
+    const Item& item = Get(GetCurrentIndexImpl());
+    if (item.GetFrameIndex() != kNoIndex) storage_.GetFrame(item.GetFrameIndex());
+    if (item.GetMask() != nullptr) NotifyTool(item.GetMask()->GetInfo());
+  }
+  CheckForSize();
+  Notify(Events::EventFrameReason::Redo);
+}
+
+void CanvaroUndo::Truncate() {
+  TruncateImpl();
+  // The strokes undone on the item in force go with the other redo steps; left behind, a later
+  // redo of the next item's step would replay them instead.
+  if (MaskUndo* mask = CurrentMask()) mask->TruncateImpl();
+}
+
+Index CanvaroUndo::GetLastActiveFrameIndex() const {
+  const MaskUndo* mask = CurrentMask();
+  return MaxIndex(GetLastActiveFrameIndexImpl(),
+                  mask != nullptr ? mask->GetLastActiveFrameIndexImpl() : kNoIndex);
+}
+
+// ---- events ----
+
+void CanvaroUndo::Notify(IDrawerEventHandler::EventFrameReason reason) const {
+  events_.PerformForEachEventHandler(
+      Core::EventPublisher(&IDrawerEventHandler::HandleFrame,
+                           Events::DrawerEventFrame(reason, DrawerEventOrigin::Here())));
+  for (const ShapeInfo& shape : shapes_->GetShapeItems(ShapeType::All)) {
+    events_.PerformForEachEventHandler(Core::EventPublisher(
+        &IDrawerEventHandler::HandleChangeShapeItem,
+        Events::DrawerEventShapeItem(shape, reason, DrawerEventOrigin::Here())));
+  }
+  events_.PerformForEachEventHandler(
+      Core::EventPublisher(&IDrawerEventHandler::HandleChangeToSave,
+                           Events::DrawerEventChangeToSave(DrawerEventOrigin::Here())));
+}
+
+void CanvaroUndo::NotifyTool(const MaskInfo& info) const {
+  events_.PerformForEachEventHandler(
+      Core::EventPublisher(&IDrawerEventHandler::HandleToolIdChange,
+                           Events::DrawerEventToolIdChange(static_cast<std::uint32_t>(ToolOf(info)),
+                                                           DrawerEventOrigin::Here())));
+}
+
+void CanvaroUndo::RegisterEventHandler(IDrawerEventHandler* handler) {
+  manager_->GetTransactionManager().RegisterHandler(handler);
+}
+
+void CanvaroUndo::UnregisterEventHandler(IDrawerEventHandler* handler) {
+  manager_->GetTransactionManager().UnregisterHandler(handler);
+}
+
+void CanvaroUndo::HandleChangeToSave(const IDrawerEventHandler::DrawerEventChangeToSave& event) {
+  events_.HandleChangeToSave(event);
+}
+
+// ---- saved state ----
+
+bool CanvaroUndo::IsSaved() const {
+  const MaskUndo* mask = CurrentMask();
+  return (mask == nullptr || mask->IsSaved()) && shapes_->IsSaved();
+}
+
+void CanvaroUndo::SetSaved(bool saved) {
+  if (MaskUndo* mask = CurrentMask()) mask->SetSaved(saved);
+  shapes_->SetSaved(saved);
+  events_.PerformForEachEventHandler(
+      Core::EventPublisher(&IDrawerEventHandler::HandleChangeToSave,
+                           Events::DrawerEventChangeToSave(DrawerEventOrigin::Here())));
+}
+
+// ---- items ----
+
+const CanvaroUndo::Item& CanvaroUndo::ItemAt(unsigned item) const {
+  if (item != kCurrentItem) return Get(item);
+  if (GetItemCount() == 0) ThrowUnusable("The document has no step in force yet");
+  return Get(GetCurrentIndexImpl());
+}
+
+CanvaroUndo::Item& CanvaroUndo::CurrentItem(const char* operation) {
+  if (GetItemCount() == 0 || GetCurrentIndexImpl() == kNoIndex) {
+    ThrowUnusable(std::string(operation) + " needs a step in force; the document is empty");
+  }
+  return Get(GetCurrentIndexImpl());
+}
+
+MaskUndo* CanvaroUndo::CurrentMask() const {
+  if (GetItemCount() == 0 || GetCurrentIndexImpl() == kNoIndex) return nullptr;
+  return Get(GetCurrentIndexImpl()).GetMask().get();
+}
+
+}  // namespace Kelbra::Canvaro

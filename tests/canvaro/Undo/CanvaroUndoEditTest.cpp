@@ -1,0 +1,333 @@
+// The document driven as a host drives it: pictures, mask strokes and shapes as steps, undo and
+// redo across them, and the events each delivers to a registered observer.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CanvaroUndoFixture.h"
+#include "canvaro/Undo/IUndoManager.h"
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/foundation/ToolsId.h"
+#include "canvaro/shapes/LineInfo.h"
+#include "canvaro/shapes/RectangleInfo.h"
+#include "support/TestEffect.h"
+#include "support/TestPainter.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using namespace canvaro_test;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
+
+// A painter that also says which tool painted with it, as a host's brush does.
+class ToolPainter : public TestPainter, public ToolsId {
+ public:
+  explicit ToolPainter(IToolsId::Value tool) : TestPainter(4), ToolsId(tool) {}
+  void Serialize(const Drevin::ISerializerPtr& s) const override { TestPainter::Serialize(s); }
+  void Deserialize(const Drevin::ISerializerConstPtr& s) override { TestPainter::Deserialize(s); }
+};
+
+ShapeInfo Line(double x = 0.25) {
+  auto line = LineInfo::Create(IToolsId::SHAPE_LINE);
+  line->GetPosition().SetX(x);
+  return ShapeInfo(*line);
+}
+
+ShapeInfo Rectangle() { return ShapeInfo(*RectangleInfo::Create(IToolsId::SHAPE_FRAME)); }
+
+// The first stroke: brush 90 over [1, 4) x [1, 3); the second adds brush 7 over [5, 7) x [2, 5).
+Proc::IDataVideoPtr FirstStroke() { return MaskPicture(1, 4, 1, 3, 90); }
+Proc::IDataVideoPtr BothStrokes() { return Painted(FirstStroke(), 5, 7, 2, 5, 7); }
+
+class CanvaroUndoEditTest : public DocumentTest {
+ protected:
+  // The source picture and a second step, as every session starts.
+  void TwoSteps() {
+    doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+    doc->Add(Settings("Brush"), Picture(2), nullptr, NoMask());
+    observer.log.clear();
+  }
+};
+
+TEST_F(CanvaroUndoEditTest, FirstAddTellsOnlyOfTheStepAndTheSecondPublishesInOrder) {
+  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  // The manager announces its new step; the document itself says nothing of the source.
+  EXPECT_THAT(observer.log, ElementsAre("undo"));
+  EXPECT_EQ(doc->GetVideoCount(), 1u);
+  EXPECT_EQ(doc->GetCurrentIndex(), 0u);
+  EXPECT_FALSE(doc->IsUndoEnabled());
+
+  doc->SetShape(Line(), nullptr);
+  doc->SetShape(Rectangle(), nullptr);
+  observer.log.clear();
+  observer.shapes.clear();
+
+  doc->Add(Settings("Blur"), Picture(2), nullptr, NoMask());
+  EXPECT_THAT(observer.log, ElementsAre("undo", "frame 3", "shape 3", "shape 3", "save"));
+  ASSERT_EQ(observer.shapes.size(), 2u);
+  EXPECT_EQ(observer.shapes[0]->GetShapeType(), ShapeType::Line);
+  EXPECT_EQ(observer.shapes[1]->GetShapeType(), ShapeType::Rectangle);
+  EXPECT_EQ(doc->GetVideoCount(), 2u);
+  EXPECT_EQ(Pixels(doc->GetVideo(kCurrent)), Pixels(Picture(2)));
+  EXPECT_EQ(Pixels(doc->GetSourceVideo()), Pixels(Picture(1)));
+}
+
+TEST_F(CanvaroUndoEditTest, SetReplacesTheStepInForceWithoutAStep) {
+  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  observer.log.clear();
+
+  doc->Set(Settings("Cropped"), Picture(5, 4, 4), nullptr, NoMask());
+  EXPECT_EQ(doc->GetVideoCount(), 1u);
+  EXPECT_EQ(Steps(), 1u);
+  EXPECT_EQ(doc->GetSettings(0).GetEffectsSettings().GetPackage().GetName(), "Cropped");
+  EXPECT_EQ(Pixels(doc->GetVideo(0)), Pixels(Picture(5, 4, 4)));
+  EXPECT_EQ(doc->GetVideoInfo(kCurrent), (Conf::FrameInfo{4, 4, 1, 1}));
+  EXPECT_THAT(observer.log, ElementsAre("frame 3", "save"));
+}
+
+TEST_F(CanvaroUndoEditTest, CallsThatNeedAStepFailClearlyOnAnEmptyDocument) {
+  EXPECT_EQ(doc->GetCurrentIndex(), kCurrent);
+  EXPECT_EQ(doc->GetVideoCount(), 0u);
+  EXPECT_THAT(doc->GetUsedFrameIndexList(), IsEmpty());
+  EXPECT_EQ(doc->GetPackageIndex(""), kCurrent);
+  EXPECT_THROW(doc->Set(Settings("x"), Picture(1), nullptr, NoMask()), CanvaroException);
+  EXPECT_THROW(doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3)), CanvaroException);
+  EXPECT_THROW(doc->GetSourceVideo(), CanvaroException);
+  EXPECT_EQ(Steps(), 0u);
+  EXPECT_THAT(observer.log, IsEmpty());
+}
+
+TEST_F(CanvaroUndoEditTest, MaskStrokesAreStepsUndoneBeforeTheItemUnderThem) {
+  TwoSteps();
+  const ISettingsPainter::ConstPtr marker(new ToolPainter(IToolsId::SHAPE_MARKER));
+  const ISettingsPainter::ConstPtr text(new ToolPainter(IToolsId::TEXT));
+
+  doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3, marker));
+  EXPECT_THAT(observer.log, ElementsAre("undo", "frame 3", "save"));
+  doc->AddMask(BothStrokes(), Mask(5, 7, 2, 5, text));
+  EXPECT_EQ(Steps(), 4u);
+  EXPECT_EQ(doc->GetCurrentIndex(), 1u);
+  EXPECT_EQ(doc->GetCurrentMaskIndex(), 2u);
+  EXPECT_EQ(doc->GetMaskPixelCount({}), 12u);
+  EXPECT_EQ(doc->GetMaskPixelCount({90}), 6u);
+  EXPECT_EQ(doc->GetMaskPixelCount({7}), 6u);
+  EXPECT_EQ(Pixels(doc->GetMask(kCurrent)), Pixels(BothStrokes()));
+  EXPECT_EQ(doc->GetMaskInfo(kCurrent).GetLeft(), 5);
+
+  // A stroke over an empty rectangle is refused: no step, no event.
+  observer.log.clear();
+  doc->AddMask(BothStrokes(), Mask(3, 3, 0, 6));
+  EXPECT_EQ(Steps(), 4u);
+  EXPECT_THAT(observer.log, IsEmpty());
+
+  // Undo takes the strokes back first, naming the tool of the stroke undone.
+  doc->Undo();
+  EXPECT_THAT(observer.log, ElementsAre("undo", "save", "tool 0", "frame 1"));
+  EXPECT_EQ(doc->GetCurrentIndex(), 1u);
+  EXPECT_EQ(doc->GetCurrentMaskIndex(), 1u);
+  EXPECT_EQ(doc->GetMaskPixelCount({}), 6u);
+  EXPECT_EQ(Pixels(doc->GetMask(kCurrent)), Pixels(FirstStroke()));
+  doc->Undo();
+  EXPECT_EQ(doc->GetCurrentMaskIndex(), 0u);
+  EXPECT_EQ(doc->GetMaskPixelCount({}), 0u);
+
+  // Then the item itself.
+  observer.log.clear();
+  doc->Undo();
+  EXPECT_THAT(observer.log, ElementsAre("undo", "save", "tool -1", "frame 1"));
+  EXPECT_EQ(doc->GetCurrentIndex(), 0u);
+  EXPECT_FALSE(doc->IsUndoEnabled());
+
+  // Redo replays item, then strokes, naming the tool of the stroke redone.
+  doc->Redo();
+  EXPECT_EQ(doc->GetCurrentIndex(), 1u);
+  EXPECT_EQ(doc->GetCurrentMaskIndex(), 0u);
+  doc->Redo();
+  observer.log.clear();
+  doc->Redo();
+  EXPECT_THAT(observer.log, ElementsAre("undo", "save", "tool 0", "frame 2"));
+  EXPECT_EQ(doc->GetCurrentMaskIndex(), 2u);
+  EXPECT_EQ(doc->GetMaskPixelCount({7}), 6u);
+  EXPECT_EQ(Pixels(doc->GetMask(kCurrent)), Pixels(BothStrokes()));
+  EXPECT_FALSE(doc->IsRedoEnabled());
+}
+
+TEST_F(CanvaroUndoEditTest, ShapesAndEffectsInOneTransactionAreOneStep) {
+  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  observer.log.clear();
+  {
+    RAII::UndoTransactionGuard guard(doc->GetTransactionManager());
+    doc->Add(SettingsCore(TestEffect::Make("Blur", 3)), Picture(2), nullptr, NoMask());
+    doc->SetShape(Line(), nullptr);
+    EXPECT_THAT(observer.log, IsEmpty());
+  }
+  EXPECT_THAT(observer.log, ElementsAre("undo", "save", "frame 3", "shape 3"));
+  EXPECT_EQ(Steps(), 2u);
+
+  observer.log.clear();
+  doc->Undo();
+  EXPECT_EQ(doc->GetCurrentIndex(), 0u);
+  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 0u);
+  EXPECT_EQ(doc->GetShapeItemCount(ShapeType::All), 1u);
+  EXPECT_TRUE(doc->GetSettings(kCurrent).GetEffectsSettings().EffectsConst().empty());
+  // One delivery for the whole step: the undo, the save state, the tool, one frame event, then
+  // the shape events of both participants.
+  ASSERT_GE(observer.log.size(), 5u);
+  EXPECT_THAT(std::vector<std::string>(observer.log.begin(), observer.log.begin() + 4),
+              ElementsAre("undo", "save", "tool -1", "frame 1"));
+  for (std::size_t i = 4; i < observer.log.size(); ++i) EXPECT_EQ(observer.log[i], "shape 1");
+
+  doc->Redo();
+  EXPECT_EQ(doc->GetCurrentIndex(), 1u);
+  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 1u);
+  const auto effects = doc->GetSettings(kCurrent).GetEffectsSettings().EffectsConst();
+  ASSERT_EQ(effects.size(), 1u);
+  EXPECT_TRUE(effects[0]->IsEqual(*TestEffect::Make("Blur", 3)));
+}
+
+TEST_F(CanvaroUndoEditTest, UndoAndRedoWalkEveryKindOfStep) {
+  TwoSteps();
+  doc->SetShape(Line(0.1), nullptr);
+  doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3));
+  ShapeInfo moved = Line(0.6);
+  moved->SetIndex(0);
+  doc->SetShape(moved, nullptr);
+  doc->Add(Settings("Sharpen"), Picture(3), nullptr, NoMask());
+  ASSERT_EQ(Steps(), 6u);
+
+  struct State {
+    unsigned item, maskIndex, activeShapes;
+    double x;
+  };
+  auto state = [&] {
+    const auto shapes = doc->GetShapeActiveItems(ShapeType::All);
+    return State{doc->GetCurrentIndex(), doc->GetCurrentMaskIndex(),
+                 static_cast<unsigned>(shapes.size()),
+                 shapes.empty() ? -1.0 : shapes[0]->GetPosition().GetX()};
+  };
+  const std::vector<State> expected = {{0, 0, 0, -1},  {1, 0, 0, -1},  {1, 0, 1, 0.1},
+                                       {1, 1, 1, 0.1}, {1, 1, 1, 0.6}, {2, 0, 1, 0.6}};
+  auto check = [&](std::size_t step) {
+    const State s = state();
+    EXPECT_EQ(s.item, expected[step].item) << "step " << step;
+    EXPECT_EQ(s.maskIndex, expected[step].maskIndex) << "step " << step;
+    EXPECT_EQ(s.activeShapes, expected[step].activeShapes) << "step " << step;
+    EXPECT_NEAR(s.x, expected[step].x, 1e-9) << "step " << step;
+  };
+  for (std::size_t step = 5; step > 0; --step) {
+    check(step);
+    doc->Undo();
+  }
+  check(0);
+  for (std::size_t step = 1; step <= 5; ++step) {
+    doc->Redo();
+    check(step);
+  }
+  EXPECT_EQ(Pixels(doc->GetVideo(kCurrent)), Pixels(Picture(3)));
+}
+
+TEST_F(CanvaroUndoEditTest, AddAfterUndoDropsEveryRedoTailAndItsFrames) {
+  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  const Index framesOfOneStep = doc->GetFrameStorage().GetCount();
+  doc->Add(Settings("Brush"), Picture(2), nullptr, NoMask());
+  doc->SetShape(Line(), Picture(9, 2, 2));
+  doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3));
+  ASSERT_GT(doc->GetFrameStorage().GetCount(), 2 * framesOfOneStep);
+
+  doc->Undo();
+  doc->Undo();
+  doc->Undo();
+  ASSERT_EQ(doc->GetCurrentIndex(), 0u);
+  doc->Add(Settings("Other"), Picture(3), nullptr, NoMask());
+
+  EXPECT_EQ(Steps(), 2u);
+  EXPECT_FALSE(doc->IsRedoEnabled());
+  EXPECT_EQ(doc->GetVideoCount(), 2u);
+  EXPECT_EQ(doc->GetSettings(1).GetEffectsSettings().GetPackage().GetName(), "Other");
+  // The frames of the discarded step, shape picture and stroke are gone.
+  EXPECT_EQ(doc->GetFrameStorage().GetCount(), 2 * framesOfOneStep);
+  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 0u);
+  EXPECT_EQ(Pixels(doc->GetVideo(1)), Pixels(Picture(3)));
+  EXPECT_EQ(Pixels(doc->GetVideo(0)), Pixels(Picture(1)));
+}
+
+TEST_F(CanvaroUndoEditTest, UndoneStrokesDoNotComeBackAfterTheNextItem) {
+  TwoSteps();
+  doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3));
+  doc->Undo();  // the stroke
+  doc->Add(Settings("Next"), Picture(3), nullptr, NoMask());
+  doc->Undo();  // the new item
+  EXPECT_EQ(doc->GetCurrentIndex(), 1u);
+  EXPECT_EQ(doc->GetCurrentMaskIndex(), 0u);
+  doc->Redo();
+  EXPECT_EQ(doc->GetCurrentIndex(), 2u);
+  doc->Undo();
+  EXPECT_EQ(doc->GetMaskPixelCount({}), 0u);
+}
+
+TEST_F(CanvaroUndoEditTest, QueriesAnswerForTheItemInForceOrTheOneNamed) {
+  doc->Add(Settings("Portrait", 4), Picture(1), nullptr, NoMask());
+  doc->Add(Settings("Sketch"), Picture(2, 4, 2), nullptr, NoMask());
+  doc->Add(Settings("Portrait", 4), Picture(3), nullptr, NoMask());
+
+  const SettingsCore portrait = Settings("Portrait", 4);
+  EXPECT_EQ(doc->GetSameSettingsIndex(portrait.GetEffectsSettings()), 2u);
+  EXPECT_EQ(doc->GetSameSettingsIndex(Settings("Unknown").GetEffectsSettings()), kCurrent);
+  EXPECT_EQ(doc->GetPackageIndex("Portrait"), 4u);
+  EXPECT_EQ(doc->GetPackageIndex("portrait"), kCurrent);
+  EXPECT_EQ(doc->GetVideoInfo(1), (Conf::FrameInfo{4, 2, 1, 1}));
+  EXPECT_EQ(Pixels(doc->GetVideo(1)), Pixels(Picture(2, 4, 2)));
+
+  doc->Undo();
+  // The search starts at the item in force, not at the last one.
+  EXPECT_EQ(doc->GetSameSettingsIndex(portrait.GetEffectsSettings()), 0u);
+  EXPECT_EQ(doc->GetPackageIndex("Sketch"), kCurrent);  // its package index is -1
+  EXPECT_EQ(doc->GetPackageIndex("Portrait"), kCurrent);
+  EXPECT_EQ(doc->GetVideoCount(), 3u);
+
+  const auto used = doc->GetUsedFrameIndexList();
+  ASSERT_EQ(used.size(), 1u);
+  EXPECT_EQ(Pixels(doc->GetFrameStorage().GetFrame(used[0])), Pixels(Picture(2, 4, 2)));
+}
+
+TEST_F(CanvaroUndoEditTest, DrawableFrameInfoIsAPlainCopy) {
+  EXPECT_EQ(doc->GetDrawableFrameInfo(), Conf::FrameInfo{});
+  doc->SetDrawableFrameInfo({1920, 1080, 1, 1});
+  EXPECT_EQ(doc->GetDrawableFrameInfo(), (Conf::FrameInfo{1920, 1080, 1, 1}));
+  doc->SetDrawableFrameInfo({640, 480, 0, 0});
+  EXPECT_EQ(doc->GetDrawableFrameInfo(), (Conf::FrameInfo{640, 480, 0, 0}));
+  EXPECT_THAT(observer.log, IsEmpty());
+  EXPECT_EQ(Steps(), 0u);
+}
+
+TEST_F(CanvaroUndoEditTest, SetSavedMarksMaskAndOneShapeAndAlwaysTellsTheHost) {
+  TwoSteps();
+  doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3));
+  doc->SetShape(Line(), nullptr);
+  observer.log.clear();
+
+  doc->SetSaved(true);
+  EXPECT_TRUE(doc->IsSaved());
+  doc->SetSaved(true);
+  EXPECT_THAT(observer.log, ElementsAre("save", "save"));
+
+  // Two changed shapes: the shapes mark only the first one, so the document is still unsaved.
+  doc->SetShape(Line(0.3), nullptr);
+  doc->SetShape(Rectangle(), nullptr);
+  doc->SetSaved(true);
+  EXPECT_FALSE(doc->IsSaved());
+  doc->SetSaved(true);
+  EXPECT_TRUE(doc->IsSaved());
+}
+
+TEST_F(CanvaroUndoEditTest, UnregisteredObserversHearNothing) {
+  doc->UnregisterEventHandler(&observer);
+  TwoSteps();
+  doc->Undo();
+  EXPECT_THAT(observer.log, IsEmpty());
+}
+
+}  // namespace

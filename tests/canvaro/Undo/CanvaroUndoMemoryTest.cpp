@@ -1,0 +1,134 @@
+// The document's memory budget: the swap at exactly 250 MiB of pictures in memory, the picture in
+// force kept, swapped pictures read back on undo, and the data size logged at teardown.
+//
+// The large picture wraps a buffer that is allocated but never written: the document only counts
+// its bytes and keeps it in memory (it is the picture in force), so the test costs no real
+// memory.
+#include <algorithm>
+#include <memory>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CanvaroUndoFixture.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using namespace canvaro_test;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr std::uint64_t kThreshold = 262144000;  // 250 MiB
+constexpr std::int32_t kLargeWidth = 16000;
+constexpr std::int32_t kLargeHeight = 16383;  // 16000 x 16383 one-byte pixels = kThreshold - 16000
+
+// A one-byte-per-pixel picture over `buffer` (rows without padding): GetBufferSize is exactly
+// width x height.
+Proc::IDataVideoPtr External(std::uint8_t* buffer, std::int32_t width, std::int32_t height) {
+  return Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {width, height, 1, 1}, buffer);
+}
+
+class CanvaroUndoMemoryTest : public DocumentTest {
+ protected:
+  CanvaroUndoMemoryTest()
+      : large_(new std::uint8_t[static_cast<std::size_t>(kLargeWidth) * kLargeHeight]) {}
+  ~CanvaroUndoMemoryTest() override { doc.reset(); }
+
+  // The source (a small picture of `sourceWidth` one-byte pixels) and then the large picture in
+  // `document`, so that the pictures in memory add up to kThreshold - 16000 + sourceWidth.
+  void AddSourceAndLarge(ICanvaroUndo& document, std::int32_t sourceWidth) {
+    source_ = std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(sourceWidth));
+    std::fill_n(source_.get(), sourceWidth, std::uint8_t{0x5A});
+    sourcePicture_ = External(source_.get(), sourceWidth, 1);
+    document.Add(Settings("Source"), sourcePicture_, nullptr, NoMask());
+    auto large = External(large_.get(), kLargeWidth, kLargeHeight);
+    ASSERT_EQ(sourcePicture_->GetBufferSize() + large->GetBufferSize(),
+              kThreshold - 16000 + static_cast<std::uint64_t>(sourceWidth));
+    document.Add(Settings("Large"), large, nullptr, NoMask());
+  }
+
+  std::vector<std::string> MemoryWarnings() const {
+    std::vector<std::string> lines;
+    for (const auto& line : log.Messages(google::GLOG_WARNING)) {
+      if (line.rfind("Memory usage: ", 0) == 0) lines.push_back(line);
+    }
+    return lines;
+  }
+
+  std::unique_ptr<std::uint8_t[]> large_;
+  std::unique_ptr<std::uint8_t[]> source_;
+  Proc::IDataVideoPtr sourcePicture_;
+};
+
+TEST_F(CanvaroUndoMemoryTest, CoreSizeIsTheBytesOfPicturesInMemory) {
+  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  doc->Add(Settings("Next"), Picture(2, 4, 2), MaskPicture(0, 2, 0, 2, 90, 4, 2), Mask(0, 2, 0, 2));
+  std::uint64_t expected = 0;
+  for (Index i = 0; i < doc->GetFrameStorage().GetCount(); ++i) {
+    const auto frame = doc->GetFrameStorage().GetFrame(i);
+    if (frame != nullptr) expected += frame->GetBufferSize();
+  }
+  EXPECT_GT(expected, 0u);
+  EXPECT_EQ(doc->GetCoreSize(), expected);
+  EXPECT_EQ(doc->GetUndoManager().GetCoreSize(), 0u);
+}
+
+TEST_F(CanvaroUndoMemoryTest, OneByteBelowTheBudgetNothingIsSwapped) {
+  AddSourceAndLarge(*doc, 15999);
+  doc->WaitForPendingSaves();
+  EXPECT_EQ(doc->GetCoreSize(), kThreshold - 1);
+  EXPECT_THAT(MemoryWarnings(), IsEmpty());
+  EXPECT_TRUE(doc->GetFrameStorage().GetFileName(0).empty());
+}
+
+TEST_F(CanvaroUndoMemoryTest, AtTheBudgetEverythingButThePictureInForceIsSwapped) {
+  AddSourceAndLarge(*doc, 16000);
+  EXPECT_THAT(MemoryWarnings(), ElementsAre("Memory usage: 262144000. Swap required"));
+  doc->WaitForPendingSaves();
+
+  const ioPath swapped = doc->GetFrameStorage().GetFileName(0);
+  ASSERT_FALSE(swapped.empty());
+  EXPECT_TRUE((dir / swapped).exists());
+  // Only the picture in force is left in memory.
+  EXPECT_EQ(doc->GetCoreSize(), kThreshold - 16000);
+  EXPECT_TRUE(doc->GetFrameStorage().GetFileName(doc->GetUsedFrameIndexList()[0]).empty());
+
+  // Undo reads the source back and swaps nothing, though the budget is reached again.
+  log.Clear();
+  doc->Undo();
+  EXPECT_EQ(doc->GetCurrentIndex(), 0u);
+  const auto source = doc->GetVideo(ICanvaroUndo::kCurrentItem);
+  EXPECT_EQ(Pixels(source), std::string(16000, '\x5A'));
+  const std::uint64_t bothInMemory = kThreshold - 16000 + source->GetBufferSize();
+  EXPECT_EQ(doc->GetCoreSize(), bothInMemory);
+  EXPECT_THAT(MemoryWarnings(), IsEmpty());
+
+  // Redo makes the large picture current again and checks the budget.
+  doc->Redo();
+  EXPECT_THAT(MemoryWarnings(),
+              ElementsAre("Memory usage: " + std::to_string(bothInMemory) + ". Swap required"));
+  doc->WaitForPendingSaves();
+  EXPECT_EQ(doc->GetCoreSize(), kThreshold - 16000);
+}
+
+TEST_F(CanvaroUndoMemoryTest, WithoutASwapDirectoryNothingIsSwappedAtAnySize) {
+  auto unswapped = ICanvaroUndo::Create(ioPath(), [] { return std::string("unused.raw"); });
+  AddSourceAndLarge(*unswapped, 16000);
+  unswapped->WaitForPendingSaves();
+  EXPECT_EQ(unswapped->GetCoreSize(), kThreshold);
+  EXPECT_THAT(MemoryWarnings(), IsEmpty());
+  EXPECT_TRUE(unswapped->GetFrameStorage().GetFileName(0).empty());
+}
+
+TEST_F(CanvaroUndoMemoryTest, TeardownLogsTheDataSize) {
+  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  const std::uint64_t size = doc->GetCoreSize();
+  doc.reset();
+  EXPECT_THAT(log.Messages(google::GLOG_INFO), Contains("Data size: " + std::to_string(size)));
+}
+
+}  // namespace
