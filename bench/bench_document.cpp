@@ -1,0 +1,287 @@
+// Benchmarks of the whole document, driven as a host drives it.
+//
+// Session40Steps: 40 steps, each a freshly rendered 24-megapixel RGBA picture (6000 x 4000,
+// about 92 MiB), on a swap directory. Reported side by side: the peak resident memory of the
+// process during the session (VmHWM, reset at the start) against the budget of 250 MiB plus a
+// few pictures (the picture in force, the one being rendered, and those the worker is still
+// writing), and the mean time of an Add over the first and over the last ten steps, which should
+// not differ (an Add only queues pictures for the worker).
+//
+// UndoToSwappedStep: undo to a step whose picture is on disk, which reads it back (one step
+// further back per iteration); PlainRead reads one of the swap files with plain stdio, as the
+// baseline of the same run.
+//
+// SaveLoad1000Steps: a document of 1,000 steps (settings, mask strokes and shapes, on small
+// pictures) saved to its text form and loaded into a fresh document; reports both times and
+// the size of the text.
+//
+// Run a single benchmark per process for a meaningful peak: --benchmark_filter=Session40Steps.
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include <benchmark/benchmark.h>
+#include <glog/logging.h>
+
+#include "canvaro/Undo/FrameStorage.h"
+#include "canvaro/Undo/ICanvaroUndo.h"
+#include "canvaro/settings/MaskInfo.h"
+#include "canvaro/settings/SettingsCore.h"
+#include "canvaro/shapes/LineInfo.h"
+#include "kelbra/Core/FileSystem.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "kelbra/Proc/IDataVideo.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::int32_t kWidth = 6000;
+constexpr std::int32_t kHeight = 4000;
+constexpr double kMiB = 1024.0 * 1024.0;
+
+// A swap directory of its own, removed at the end.
+class SwapDir {
+ public:
+  explicit SwapDir(const std::string& name)
+      : path_(std::filesystem::temp_directory_path() / (name + "_" + std::to_string(::getpid()))) {
+    std::filesystem::create_directories(path_.native());
+  }
+  ~SwapDir() { Core::RemoveDir(path_); }
+  const ioPath& path() const { return path_; }
+
+ private:
+  ioPath path_;
+};
+
+std::function<std::string()> Names() {
+  return [n = 0]() mutable { return "frame_" + std::to_string(n++) + ".raw"; };
+}
+
+// A value of /proc/self/status in KiB ("VmHWM", "VmRSS").
+double StatusMiB(const std::string& key) {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (line.rfind(key + ":", 0) == 0) return std::stod(line.substr(key.size() + 1)) / 1024.0;
+  }
+  return 0;
+}
+
+// Resets the peak resident size to the current one.
+void ResetPeak() { std::ofstream("/proc/self/clear_refs") << "5"; }
+
+MaskInfo NoMask() {
+  return MaskInfo(0, 0, 0, 0,
+                  MaskInfo::MaskInfoEx(Blender::IBlender::Initializer(
+                      Blender::IBlender::Initializer::DEFAULT, Proc::Color::Black())));
+}
+
+SettingsCore Step(int i) {
+  SettingsCore settings;
+  settings.GetEffectsSettings().GetPackage().SetName("Step " + std::to_string(i));
+  return settings;
+}
+
+// What the host's renderer hands over: a new picture with every byte written.
+Proc::IDataVideoPtr Render(int i, std::int32_t width = kWidth, std::int32_t height = kHeight) {
+  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {width, height, 1, 1});
+  picture->Fill(
+      Proc::Color(static_cast<std::uint8_t>(i), 128, static_cast<std::uint8_t>(255 - i), 255));
+  return picture;
+}
+
+void Session40Steps(benchmark::State& state) {
+  constexpr int kSteps = 40;
+  for (auto _ : state) {
+    SwapDir dir("canvaro_bench_session");
+    ResetPeak();
+    const double startMiB = StatusMiB("VmRSS");
+    std::vector<double> addSeconds;
+    {
+      ICanvaroUndoPtr doc = ICanvaroUndo::Create(dir.path(), Names());
+      for (int i = 0; i < kSteps; ++i) {
+        Proc::IDataVideoPtr picture = Render(i);
+        const auto start = Clock::now();
+        doc->Add(Step(i), picture, nullptr, NoMask());
+        addSeconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
+      }
+      doc->WaitForPendingSaves();
+      state.counters["in_memory_MiB"] = static_cast<double>(doc->GetCoreSize()) / kMiB;
+    }
+    double total = 0, first = 0, last = 0;
+    for (int i = 0; i < kSteps; ++i) {
+      total += addSeconds[i];
+      if (i < 10) first += addSeconds[i];
+      if (i >= kSteps - 10) last += addSeconds[i];
+    }
+    state.SetIterationTime(total);
+    const double pictureMiB = kWidth * kHeight * 4 / kMiB;
+    state.counters["peak_MiB"] = StatusMiB("VmHWM") - startMiB;
+    state.counters["budget_MiB"] = 250;
+    state.counters["budget_plus_4_pictures_MiB"] = 250 + 4 * pictureMiB;
+    state.counters["add_ms_first10"] = first / 10 * 1000;
+    state.counters["add_ms_last10"] = last / 10 * 1000;
+  }
+}
+BENCHMARK(Session40Steps)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// A document of eight 24-megapixel steps, at its last step, with every other step's picture on
+// disk and out of memory.
+struct SwappedDocument {
+  static constexpr int kSteps = 8;
+  SwappedDocument() : dir("canvaro_bench_undo"), doc(ICanvaroUndo::Create(dir.path(), Names())) {
+    for (int i = 0; i < kSteps; ++i) doc->Add(Step(i), Render(i), nullptr, NoMask());
+    // The budget alone leaves every other step in memory; the benchmark wants them all on disk.
+    doc->GetFrameStorage().SwapExcept(doc->GetUsedFrameIndexList());
+    doc->WaitForPendingSaves();
+  }
+  SwapDir dir;
+  ICanvaroUndoPtr doc;
+};
+
+// Each iteration undoes one step further back; undo never swaps, so every step undone to is
+// read from its file.
+void UndoToSwappedStep(benchmark::State& state) {
+  SwappedDocument session;
+  ICanvaroUndo& doc = *session.doc;
+  const std::uint64_t before = doc.GetCoreSize();
+  for (auto _ : state) doc.Undo();
+  // Every undo read one picture back.
+  if (doc.GetCoreSize() - before !=
+      static_cast<std::uint64_t>(state.iterations()) * kWidth * kHeight * 4) {
+    state.SkipWithError("a step undone to was not on disk");
+  }
+  state.SetBytesProcessed(state.iterations() * kWidth * kHeight * 4);
+}
+BENCHMARK(UndoToSwappedStep)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(SwappedDocument::kSteps - 2);
+
+// The same bytes read with stdio from one of the swap files, into a buffer already in memory
+// (arg 0) or into fresh memory as a load must (arg 1: the page faults of a new picture).
+void PlainRead(benchmark::State& state) {
+  SwappedDocument session;
+  const ioPath file = session.dir.path() / session.doc->GetFrameStorage().GetFileName(0);
+  const std::size_t bytes = static_cast<std::size_t>(kWidth) * kHeight * 4 + 4096;
+  std::vector<char> warm(bytes);
+  for (auto _ : state) {
+    std::unique_ptr<char[]> fresh(state.range(0) != 0 ? new char[bytes] : nullptr);
+    char* buffer = fresh != nullptr ? fresh.get() : warm.data();
+    std::FILE* in = std::fopen(file.string().c_str(), "rb");
+    if (in == nullptr) {
+      state.SkipWithError("no swap file");
+      break;
+    }
+    benchmark::DoNotOptimize(std::fread(buffer, 1, bytes, in));
+    std::fclose(in);
+  }
+  state.SetBytesProcessed(state.iterations() * kWidth * kHeight * 4);
+}
+BENCHMARK(PlainRead)
+    ->ArgName("fresh_buffer")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(SwappedDocument::kSteps - 2);
+
+// 1,000 steps on 64 x 48 pictures: a settings step, then a mask stroke on it, then a new shape,
+// over and over (334 settings steps, 333 strokes, 333 shapes).
+ICanvaroUndoPtr ThousandSteps(const ioPath& dir) {
+  constexpr std::int32_t w = 64, h = 48;
+  ICanvaroUndoPtr doc = ICanvaroUndo::Create(dir, Names());
+  Proc::IDataVideoPtr mask;
+  for (int i = 0; i < 1000; ++i) {
+    switch (i % 3) {
+      case 0:
+        doc->Add(Step(i), Render(i, w, h), nullptr, NoMask());
+        mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {w, h, 1, 1});
+        for (std::int32_t y = 0; y < h; ++y) {
+          std::memset(mask->GetPlane(0).GetOffsetPtr(0, static_cast<std::size_t>(y)), 0, w);
+        }
+        break;
+      case 1: {
+        mask = Proc::CopyDataVideo(*mask);
+        const std::int32_t x = i % (w - 8);
+        auto plane = mask->GetPlane(0);
+        for (std::int32_t y = 4; y < 12; ++y) {
+          for (std::int32_t dx = 0; dx < 8; ++dx) {
+            *plane.GetOffsetPtr(static_cast<std::size_t>(x + dx), static_cast<std::size_t>(y)) = 90;
+          }
+        }
+        MaskInfo stroke = NoMask();
+        stroke.SetRect(x, x + 8, 4, 12);
+        doc->AddMask(mask, stroke);
+        break;
+      }
+      default: {
+        auto line = LineInfo::Create(IToolsId::SHAPE_LINE);
+        line->GetPosition().SetX((i % 100) / 100.0);
+        doc->SetShape(ShapeInfo(*line), nullptr);
+        break;
+      }
+    }
+  }
+  return doc;
+}
+
+void SaveLoad1000Steps(benchmark::State& state) {
+  for (auto _ : state) {
+    SwapDir dir("canvaro_bench_save");
+    ICanvaroUndoPtr doc = ThousandSteps(dir.path());
+    const std::size_t steps = doc->GetUndoManager().GetStepCount();
+
+    auto start = Clock::now();
+    Core::Property tree;
+    doc->Serialize(Drevin::SerializerProperty::Create(tree));
+    const std::string text = Core::PropertySerializer::ToString(tree);
+    const double saveSeconds = std::chrono::duration<double>(Clock::now() - start).count();
+    start = Clock::now();
+    doc->WaitForPendingSaves();
+    const double writeSeconds = std::chrono::duration<double>(Clock::now() - start).count();
+    doc.reset();
+
+    start = Clock::now();
+    ICanvaroUndoPtr loaded = ICanvaroUndo::Create(
+        dir.path(), [n = 0]() mutable { return "loaded_" + std::to_string(n++) + ".raw"; });
+    const Core::Property parsed = Core::PropertySerializer::FromString(text);
+    loaded->Deserialize(Drevin::SerializerProperty::Create(parsed));
+    const double loadSeconds = std::chrono::duration<double>(Clock::now() - start).count();
+    if (loaded->GetUndoManager().GetStepCount() != steps) state.SkipWithError("steps differ");
+
+    state.SetIterationTime(saveSeconds + loadSeconds);
+    state.counters["steps"] = static_cast<double>(steps);
+    state.counters["save_ms"] = saveSeconds * 1000;
+    state.counters["swap_files_written_ms"] = writeSeconds * 1000;
+    state.counters["load_ms"] = loadSeconds * 1000;
+    state.counters["text_KiB"] = static_cast<double>(text.size()) / 1024.0;
+    loaded.reset();
+  }
+}
+BENCHMARK(SaveLoad1000Steps)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  google::InitGoogleLogging(argv[0]);
+  // The document logs every swap batch, mask count and budget warning; keep the output readable.
+  FLAGS_minloglevel = google::GLOG_ERROR;
+  ::benchmark::Initialize(&argc, argv);
+  if (::benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  ::benchmark::RunSpecifiedBenchmarks();
+  ::benchmark::Shutdown();
+  return 0;
+}
