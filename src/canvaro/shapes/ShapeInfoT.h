@@ -44,6 +44,11 @@ class ShapeInfoT final : public ShapeInfoBase {
     const auto* same = dynamic_cast<const ShapeInfoT*>(&other);
     return same != nullptr && rendering_ == same->rendering_;
   }
+  // The same comparison for two records known to be of this kind (without it, a == b on two
+  // such records would be ambiguous with its reversed form b == a).
+  bool operator==(const ShapeInfoT& other) const {
+    return *this == static_cast<const ShapeInfoBase&>(other);
+  }
 
   ShapeType GetShapeType() const override { return R::kShapeType; }
   ShapeInfoBasePtr Clone() const override { return ShapeInfoBasePtr(new ShapeInfoT(*this)); }
