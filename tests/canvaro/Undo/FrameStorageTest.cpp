@@ -1,0 +1,349 @@
+#include "canvaro/Undo/FrameStorage.h"
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/foundation/CanvaroException.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/LogCapture.h"
+#include "support/Pictures.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using namespace Kelbra;
+using Canvaro::CanvaroError;
+using Canvaro::CanvaroException;
+using Canvaro::FrameStorage;
+using Canvaro::TagCanvaroErrorCode;
+using canvaro_test::LogCapture;
+using canvaro_test::MakePatternPicture;
+using canvaro_test::PackedBytes;
+using testing::ElementsAre;
+
+// Names "f0", "f1", ... in call order; counts the calls.
+struct Names {
+  int calls = 0;
+  std::function<std::string()> Generator() {
+    return [this] { return "f" + std::to_string(calls++); };
+  }
+};
+
+Proc::IDataVideoPtr Picture(unsigned seed, Conf::FrameInfo info = {7, 5, 1, 1}) {
+  return MakePatternPicture(Proc::PixFmt::RGB24, info, seed);
+}
+
+std::uintmax_t RawFileSize(const Proc::IDataVideo& picture) {
+  return 20 + PackedBytes(picture).size();
+}
+
+bool IsSwapFailure(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const CanvaroException& e) {
+    const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
+    return code != nullptr && *code == CanvaroError::SwapFileFailure;
+  }
+  return false;
+}
+
+class FrameStorageTest : public testing::Test {
+ protected:
+  // Before the storage: the capture raises verbosity before the worker starts.
+  LogCapture log_{30};
+  canvaro_test::TempDir dir_;
+  Names names_;
+};
+
+// ---- adding, measuring, swapping, loading ----
+
+TEST_F(FrameStorageTest, AddsInOrderAndMeasuresPicturesInMemory) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  EXPECT_EQ(storage.GetSize(), 0u);
+  const auto a = Picture(1);
+  const auto b = Picture(2, {3, 2, 4, 3});
+  EXPECT_EQ(storage.AddFrame(a), 0u);
+  EXPECT_EQ(storage.AddFrame(nullptr), 1u);
+  EXPECT_EQ(storage.AddFrame(b), 2u);
+  EXPECT_EQ(storage.GetCount(), 3u);
+  EXPECT_EQ(storage.GetFrameInfo(1), Conf::FrameInfo{});
+  EXPECT_EQ(storage.GetFrameInfo(2), (Conf::FrameInfo{3, 2, 4, 3}));
+  EXPECT_EQ(storage.GetSize(), a->GetBufferSize() + b->GetBufferSize());
+  EXPECT_EQ(storage.GetFrame(0), a);
+  EXPECT_FALSE(storage.GetFrame(1));
+  EXPECT_EQ(names_.calls, 0);
+}
+
+TEST_F(FrameStorageTest, SwapWritesFilesInTheBackgroundAndGetFrameLoadsThemBack) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  std::vector<std::string> pixels;
+  for (unsigned i = 0; i < 4; ++i) {
+    const auto picture = Picture(i);
+    pixels.push_back(PackedBytes(*picture));
+    storage.AddFrame(picture);
+  }
+  storage.AddFrame(nullptr);
+  const std::uint64_t kept = storage.GetFrame(2)->GetBufferSize();
+
+  storage.SwapExcept({2, 2, 99});
+  storage.WaitForPendingSaves();
+  // One name per frame not kept, the empty one included.
+  EXPECT_EQ(names_.calls, 4);
+  EXPECT_EQ(storage.GetSize(), kept);
+  EXPECT_EQ(storage.GetFileName(0), ioPath("f0"));
+  EXPECT_EQ(storage.GetFileName(1), ioPath("f1"));
+  EXPECT_TRUE(storage.GetFileName(2).empty());
+  EXPECT_EQ(storage.GetFileName(3), ioPath("f2"));
+  EXPECT_TRUE(storage.GetFileName(4).empty());
+  EXPECT_EQ(std::filesystem::file_size((dir_ / "f1").native()), 20u + 7 * 3 * 5);
+
+  for (unsigned i = 0; i < 4; ++i) EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), pixels[i]) << i;
+  EXPECT_EQ(storage.GetFileName(0), ioPath("f0"));  // kept after loading
+
+  // Frames loaded back are only released by the next swap: nothing is written again.
+  log_.Clear();
+  storage.Swap({0, 1, 1, 3});
+  storage.WaitForPendingSaves();
+  EXPECT_EQ(storage.GetSize(), kept);
+  EXPECT_EQ(names_.calls, 7);
+  EXPECT_FALSE((dir_ / "f4").exists());
+  EXPECT_THAT(log_.Messages(),
+              ElementsAre("Checking for savef4: already saved as f0",
+                          "Checking for savef5: already saved as f1",
+                          "Checking for savef6: already saved as f2", "Swap started", "Swap done"));
+}
+
+TEST_F(FrameStorageTest, LogsEachSwapBatch) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  storage.AddFrame(Picture(1));
+  storage.AddFrame(nullptr);
+  storage.AddFrame(Picture(2));
+  storage.SwapExcept({0, 1, 2});  // an empty batch
+  storage.WaitForPendingSaves();
+  EXPECT_THAT(log_.Messages(), ElementsAre("Swap started", "Swap done"));
+
+  log_.Clear();
+  storage.SwapExcept({});
+  storage.WaitForPendingSaves();
+  EXPECT_THAT(log_.Messages(),
+              ElementsAre("Checking for savef0: need save", "Checking for savef1: no frame",
+                          "Checking for savef2: need save", "Swap started", "Trying to save f0",
+                          "Saving f0 done", "Trying to save f2", "Saving f2 done", "Swap done"));
+
+  log_.Clear();
+  storage.GetFrame(2);
+  EXPECT_THAT(log_.Messages(), ElementsAre("Trying to load f2", "Loading f2 done"));
+}
+
+TEST_F(FrameStorageTest, ResetAndTruncateDeleteSwapFiles) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  for (unsigned i = 0; i < 4; ++i) storage.AddFrame(Picture(i));
+  storage.SwapExcept({});
+  storage.WaitForPendingSaves();
+
+  const auto fresh = Picture(9, {2, 2, 1, 1});
+  EXPECT_EQ(storage.Reset(1, fresh), fresh);
+  EXPECT_FALSE((dir_ / "f1").exists());
+  EXPECT_EQ(storage.GetFrame(1), fresh);
+  EXPECT_EQ(storage.GetFrameInfo(1), fresh->GetFrameInfo());
+
+  storage.Truncate(2);
+  EXPECT_EQ(storage.GetCount(), 2u);
+  EXPECT_FALSE((dir_ / "f2").exists());
+  EXPECT_FALSE((dir_ / "f3").exists());
+  EXPECT_TRUE((dir_ / "f0").exists());
+  EXPECT_EQ(storage.AddFrame(Picture(5)), 2u);
+}
+
+// ---- the record ----
+
+TEST_F(FrameStorageTest, SerializeQueuesEveryFrameAndRecordsNamesAndGeometry) {
+  Core::Property tree;
+  std::vector<std::string> pixels;
+  {
+    FrameStorage storage(dir_.path(), names_.Generator());
+    for (unsigned i = 0; i < 3; ++i) {
+      const auto picture = Picture(i, {4 + static_cast<std::int32_t>(i), 3, 1, 1});
+      pixels.push_back(PackedBytes(*picture));
+      storage.AddFrame(picture);
+    }
+    storage.Serialize(Drevin::SerializerProperty::Create(tree));
+    EXPECT_EQ(storage.GetFileName(2), ioPath("f2"));
+  }
+  const auto reader = Drevin::SerializerProperty::Create(std::as_const(tree));
+  const auto list = reader->GetCollection("StorageItems");
+  ASSERT_TRUE(list);
+  ASSERT_EQ(list->GetCount(), 3u);
+  const auto record = list->GetItem(1)->GetChild("StorageItem");
+  EXPECT_EQ(record->ReadString("FileName", ""), "f1");
+  EXPECT_EQ(record->ReadInt("Width", 0), 5);
+  EXPECT_FALSE(reader->Has("Frame"));
+
+  FrameStorage again(dir_.path(), names_.Generator());
+  again.AddFrame(Picture(7));
+  again.Deserialize(reader);
+  ASSERT_EQ(again.GetCount(), 4u);
+  EXPECT_EQ(again.GetFrameInfo(3), (Conf::FrameInfo{6, 3, 1, 1}));
+  EXPECT_EQ(again.GetSize(), again.GetFrame(0)->GetBufferSize());
+  for (unsigned i = 0; i < 3; ++i) EXPECT_EQ(PackedBytes(*again.GetFrame(i + 1)), pixels[i]);
+
+  EXPECT_EQ(again.DeserializeItem(record), 4u);
+  EXPECT_EQ(PackedBytes(*again.GetFrame(4)), pixels[1]);
+}
+
+TEST_F(FrameStorageTest, DeserializeStopsAtAMissingFile) {
+  Core::Property tree;
+  {
+    FrameStorage storage(dir_.path(), names_.Generator());
+    for (unsigned i = 0; i < 3; ++i) storage.AddFrame(Picture(i));
+    storage.Serialize(Drevin::SerializerProperty::Create(tree));
+  }
+  std::filesystem::remove((dir_ / "f1").native());
+  FrameStorage again(dir_.path(), names_.Generator());
+  EXPECT_TRUE(IsSwapFailure(
+      [&] { again.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))); }));
+  EXPECT_EQ(again.GetCount(), 1u);
+  EXPECT_FALSE(again.IsFailed());
+}
+
+// ---- lifetime ----
+
+TEST_F(FrameStorageTest, DestructionRightAfterASwapWritesEveryQueuedFile) {
+  std::vector<std::uintmax_t> sizes;
+  {
+    FrameStorage storage(dir_.path(), names_.Generator());
+    for (unsigned i = 0; i < 6; ++i) {
+      const auto picture = Picture(i, {300 + static_cast<std::int32_t>(i), 200, 1, 1});
+      sizes.push_back(RawFileSize(*picture));
+      storage.AddFrame(picture);
+    }
+    storage.Swap({0, 1, 2});
+    storage.Swap({3, 4, 5});
+  }
+  for (unsigned i = 0; i < 6; ++i) {
+    EXPECT_EQ(std::filesystem::file_size((dir_ / ("f" + std::to_string(i))).native()), sizes[i]);
+  }
+  // A storage that never failed leaves its directory.
+  EXPECT_TRUE(dir_.path().exists());
+}
+
+TEST_F(FrameStorageTest, WaitingWithNothingQueuedReturnsAtOnce) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  storage.WaitForPendingSaves();
+  EXPECT_FALSE(storage.IsFailed());
+}
+
+// ---- failures ----
+
+TEST_F(FrameStorageTest, FailedWriteFailsTheStorageButSavesTheRestOfTheBatch) {
+  const ioPath swap = dir_ / "swap";
+  std::filesystem::create_directories((swap / "f1").native());  // f1 cannot become a file
+  {
+    FrameStorage storage(swap, names_.Generator());
+    const auto kept = Picture(9);
+    for (unsigned i = 0; i < 3; ++i) storage.AddFrame(Picture(i));
+    storage.AddFrame(kept);
+    storage.SwapExcept({3});
+    storage.WaitForPendingSaves();
+    EXPECT_TRUE(storage.IsFailed());
+    EXPECT_TRUE((swap / "f0").exists());
+    EXPECT_TRUE((swap / "f2").exists());
+    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(0); }));
+    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(3); }));  // even a frame in memory
+    EXPECT_EQ(log_.Messages(google::GLOG_ERROR).size(), 1u);
+  }
+  // A failed storage removes its swap directory.
+  EXPECT_FALSE(swap.exists());
+}
+
+TEST_F(FrameStorageTest, MissingSwapDirectoryFailsTheStorage) {
+  FrameStorage storage(dir_ / "missing", names_.Generator());
+  storage.AddFrame(Picture(1));
+  storage.AddFrame(Picture(2));
+  storage.SwapExcept({1});
+  storage.WaitForPendingSaves();
+  EXPECT_TRUE(storage.IsFailed());
+  EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(1); }));
+}
+
+TEST_F(FrameStorageTest, ReadOnlySwapDirectoryFailsTheStorage) {
+  if (::geteuid() == 0) GTEST_SKIP() << "permissions do not bind root";
+  const ioPath swap = dir_ / "readonly";
+  std::filesystem::create_directory(swap.native());
+  std::filesystem::permissions(
+      swap.native(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  FrameStorage storage(swap, names_.Generator());
+  storage.AddFrame(Picture(1));
+  storage.SwapExcept({});
+  storage.WaitForPendingSaves();
+  EXPECT_TRUE(storage.IsFailed());
+}
+
+TEST_F(FrameStorageTest, TruncatedOrMissingSwapFilesFailTheLoad) {
+  for (const bool truncate : {true, false}) {
+    canvaro_test::TempDir dir;
+    FrameStorage storage(dir.path(), names_.Generator());
+    storage.AddFrame(Picture(1));
+    storage.AddFrame(Picture(2));
+    storage.SwapExcept({1});
+    storage.WaitForPendingSaves();
+    const auto file = (dir / storage.GetFileName(0)).native();
+    if (truncate) {
+      std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
+    } else {
+      std::filesystem::remove(file);
+    }
+    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(0); })) << truncate;
+    EXPECT_TRUE(storage.IsFailed());
+    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(1); })) << truncate;
+  }
+}
+
+// Runs `body` in a child process with a file size limit of `limit` bytes and SIGXFSZ ignored;
+// returns the child's exit code (or 100 + signal when it was killed).
+int RunWithFileSizeLimit(rlim_t limit, const std::function<int()>& body) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit fileSize{limit, limit};
+    if (::setrlimit(RLIMIT_FSIZE, &fileSize) != 0) ::_exit(99);
+    ::_exit(body());
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
+}
+
+TEST_F(FrameStorageTest, FileSizeLimitFailsTheStorageWithoutCrashing) {
+  const ioPath swap = dir_.path();
+  const int result = RunWithFileSizeLimit(64 * 1024, [&swap] {
+    Names names;
+    const auto big = Picture(2, {200, 200, 1, 1});  // 120 kB of pixels
+    {
+      FrameStorage storage(swap, names.Generator());
+      storage.AddFrame(Picture(1));
+      storage.AddFrame(big);
+      storage.AddFrame(Picture(3));
+      storage.SwapExcept({});
+      storage.WaitForPendingSaves();
+      if (!storage.IsFailed()) return 1;
+      if (!(swap / "f0").exists() || !(swap / "f2").exists()) return 2;
+      if ((swap / "f1").exists()) return 3;  // never half written
+      if (!IsSwapFailure([&] { storage.GetFrame(0); })) return 4;
+    }
+    return swap.exists() ? 5 : 0;
+  });
+  EXPECT_EQ(result, 0);
+}
+
+}  // namespace
