@@ -9,6 +9,9 @@
 #include <memory>
 #include <string>
 
+#include <boost/assert/source_location.hpp>
+#include <boost/throw_exception.hpp>
+
 #include "canvaro/Undo/CanvaroUndo.h"
 #include "canvaro/Undo/ShapeUndo.h"
 
@@ -34,7 +37,19 @@ void CanvaroUndo::Serialize(const Drevin::ISerializerPtr& serializer) const {
 void CanvaroUndo::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
   if (serializer == nullptr) return;
   if (serializer->Has(kFrames)) serializer->ReadObject(kFrames, storage_);
+  const Index savedFrames = storage_.GetCount();
   History::Deserialize(serializer);
+  // A step naming a picture that was not saved would read past the storage later.
+  for (Index i = 0; i < GetItemCount(); ++i) {
+    const Index frame = Get(i).GetFrameIndex();
+    if (frame != kNoIndex && frame >= savedFrames) {
+      boost::throw_exception(
+          CanvaroException() << TagDescription(
+              "Saved step " + std::to_string(i) + " names picture " + std::to_string(frame) +
+              ", but only " + std::to_string(savedFrames) + " pictures were saved"),
+          BOOST_CURRENT_LOCATION);
+    }
+  }
   if (serializer->Has(kShape)) serializer->ReadObject(kShape, *shapes_);
   manager_->SetAvailableItem(this);
   if (serializer->Has(kUndoManager)) {

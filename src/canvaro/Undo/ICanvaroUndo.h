@@ -11,10 +11,11 @@
 //   document->AddMask(stroke, strokeInfo);                           // a step of its own
 //   if (document->IsUndoEnabled()) document->Undo();                 // undoes the stroke
 //
-// Steps. The first Add stores the source picture as item 0, the base step that is never undone,
-// and tells the observers nothing. Every later Add, every mask stroke and every shape edit is one
-// step of the document's undo manager; GetTransactionManager() groups several edits into one.
-// An edit after an undo discards the redo steps of every part and frees their pictures.
+// Steps. The first Add stores the source picture as item 0, the base step that is never undone;
+// observers hear only of the new step (HandleUndo), not of a changed frame. Every later Add,
+// every mask stroke and every shape edit is one step of the document's undo manager;
+// GetTransactionManager() groups several edits into one. An edit after an undo discards the redo
+// steps of every part and frees their pictures.
 //
 // Memory. Pictures live in the document's frame storage. After each new, replaced or redone step
 // the document compares the bytes of pictures held in memory with 250 MiB (kMemoryThreshold);
@@ -106,9 +107,9 @@ class ICanvaroUndo : public virtual IRefCountable,
   virtual std::uint64_t GetCoreSize() const = 0;
 
   // Adds a step: `frame` rendered with `settings`, with the step's first mask picture (may be
-  // empty) and mask settings. Drops every redo step first. The first Add of a document is silent;
-  // later ones publish a frame event (change), one shape-item event per shape and a
-  // change-to-save event. Then checks the memory budget.
+  // empty) and mask settings. Drops every redo step first. Except for the first Add of a document
+  // (the source picture), publishes a frame event (change), one shape-item event per shape item
+  // and a change-to-save event. Then checks the memory budget.
   virtual void Add(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
                    const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) = 0;
   // Replaces the step in force (settings, picture, mask history) without making a step or
@@ -216,9 +217,9 @@ class ICanvaroUndo : public virtual IRefCountable,
   void Serialize(const Drevin::ISerializerPtr& serializer) const override = 0;
   // Reads a saved document into this fresh one, made on the swap directory that holds the saved
   // swap files. A save without "UndoManager" gets one step per item and per mask stroke. Throws
-  // CanvaroException for a missing swap file, a step list naming an unknown part, or settings or
-  // masks holding effects or painters (only the host can make those); serializer errors pass
-  // through.
+  // CanvaroException for a missing swap file, a step naming a picture that was not saved, a step
+  // list naming an unknown part, or settings or masks holding effects or painters (only the host
+  // can make those); serializer errors pass through.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override = 0;
 
   // ---- for hosts, tools and tests ----

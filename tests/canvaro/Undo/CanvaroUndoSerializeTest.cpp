@@ -226,4 +226,16 @@ TEST_F(CanvaroUndoSerializeTest, AMissingSwapFileFailsWithTheSwapFileCode) {
   }
 }
 
+TEST_F(CanvaroUndoSerializeTest, AStepNamingAnUnsavedPictureIsRefused) {
+  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  std::string text = Save(*doc);
+  // The first "FrameIndex" after the frames is that of the settings step.
+  const auto key = text.find("\"FrameIndex\"", text.find("\"Frames\""));
+  ASSERT_NE(key, std::string::npos);
+  const auto value = text.find_first_of("0123456789-", key + 12);
+  const auto end = text.find_first_not_of("0123456789-", value);
+  text.replace(value, end - value, "99");
+  EXPECT_THROW(Load(Core::PropertySerializer::FromString(text)), CanvaroException);
+}
+
 }  // namespace
