@@ -86,8 +86,7 @@ MaskUndo::MaskUndo(FrameStorage* storage, unsigned width, unsigned height,
 MaskUndo::~MaskUndo() = default;
 
 bool MaskUndo::PushMask(const MaskInfo& info, const Proc::IDataVideoPtr& mask) {
-  if (IsEmptyRect(info)) return false;
-  if (GetItemCount() == 0) ThrowBadMask("PushMask on a mask history without items");
+  if (IsEmptyRect(info) || GetItemCount() == 0) return false;
   FrameStorage& storage = *GetStorage();
   const Index working = GetWorkingIndex();
 

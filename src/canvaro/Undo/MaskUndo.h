@@ -67,7 +67,8 @@ class MaskUndo : public TUndoImplBottom<MaskInfo, void*> {
   // pixels the stroke replaces (those of `info`'s rectangle; for a clear, those of the painted
   // box) as a new item after the current one (dropping the redo tail) and makes `info` current
   // (for a clear, only its painter and blender). False, with nothing recorded, when the
-  // rectangle is empty or outside the mask, or when clearing a mask that holds nothing.
+  // rectangle is empty or outside the mask, when clearing a mask that holds nothing, and on a
+  // history without items.
   bool PushMask(const MaskInfo& info, const Proc::IDataVideoPtr& mask);
   // Makes `info` current and recounts the working mask from scratch, scanning the union of
   // `info`'s rectangle and the painted box (pixels outside both must be unpainted, which holds
