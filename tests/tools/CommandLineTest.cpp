@@ -1,0 +1,98 @@
+// The tool's command line as a user meets it: help for every command, usage errors with status 2,
+// input errors with status 1, always one line on stderr and never a crash.
+#include <algorithm>
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "DemoOutput.h"
+#include "ToolRunner.h"
+
+namespace {
+
+using namespace canvaro_test;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+std::size_t Lines(const std::string& text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+TEST(CommandLineTest, EveryCommandExplainsItself) {
+  for (const std::string command : {"demo", "inspect", "verify", "export"}) {
+    const ToolRun run = RunTool({command, "--help"});
+    EXPECT_EQ(run.status, 0) << command;
+    EXPECT_THAT(run.out, StartsWith("Usage: canvaro " + command)) << command;
+  }
+  const ToolRun overview = RunTool({"--help"});
+  EXPECT_EQ(overview.status, 0);
+  EXPECT_THAT(overview.out, HasSubstr("export"));
+}
+
+TEST(CommandLineTest, UsageErrorsExitWithTwoAndOneLine) {
+  const std::vector<std::vector<std::string>> cases = {
+      {},
+      {"paint"},
+      {"demo", "--steps", "0"},
+      {"demo", "--steps", "many"},
+      {"demo", "--size", "48"},
+      {"demo", "--size", "48x36", "--picture", "a.png"},
+      {"demo", "--colour", "red"},
+      {"demo", "--steps"},
+      {"inspect"},
+      {"inspect", "a", "b"},
+      {"verify", "--json", "doc"},
+      {"export", "doc"},
+      {"export", "doc", "--out", "x.png", "--step", "-1"},
+  };
+  for (const auto& args : cases) {
+    const ToolRun run = RunTool(args);
+    const std::string shown = args.empty() ? "(none)" : args[0] + " ...";
+    EXPECT_EQ(run.status, 2) << shown << ": " << run.err;
+    if (!args.empty()) {
+      EXPECT_EQ(Lines(run.err), 1u) << shown << ": " << run.err;
+    }
+  }
+}
+
+class BrokenDocumentTest : public DemoOutputTest {
+ protected:
+  // Every command that reads a document fails on `document` with status 1 and one line that
+  // contains `expected`.
+  void ExpectEveryReaderFails(const std::filesystem::path& document, const std::string& expected) {
+    const std::string doc = document.string();
+    for (const auto& args : std::vector<std::vector<std::string>>{
+             {"inspect", doc},
+             {"inspect", doc, "--json"},
+             {"verify", doc},
+             {"export", doc, "--out", (document.parent_path() / "out.png").string()}}) {
+      const ToolRun run = RunTool(args);
+      EXPECT_EQ(run.status, 1) << args[0] << ": " << run.out << run.err;
+      EXPECT_EQ(Lines(run.err), 1u) << args[0] << ": " << run.err;
+      EXPECT_THAT(run.err, HasSubstr(expected)) << args[0];
+    }
+  }
+};
+
+TEST_F(BrokenDocumentTest, MissingMalformedOrWronglyTypedDocumentsAreRefused) {
+  const auto dir = FreshCopy();
+  ExpectEveryReaderFails(dir / "none.json", "no such file");
+
+  std::ofstream(dir / "garbage.json") << "{\"entries\": [ {\"key\": \"Index\", \"int\": ";
+  ExpectEveryReaderFails(dir / "garbage.json", "cannot read document");
+
+  std::ofstream(dir / "other.json") << "{\"entries\": []}";
+  ExpectEveryReaderFails(dir / "other.json", "not a saved document");
+
+  // A string where the first item's frame index belongs.
+  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
+  auto* items = tree.Find("Items");
+  ASSERT_NE(items, nullptr);
+  std::get<Kelbra::Core::Property::Collection>(items->value)[0].SetString("FrameIndex", "zero");
+  WriteTree(tree, dir / "typed.json");
+  ExpectEveryReaderFails(dir / "typed.json",
+                         "malformed document: Items[0].FrameIndex: holds string, expected int");
+}
+
+}  // namespace

@@ -1,0 +1,79 @@
+// canvaro demo: the session saves a document that reloads to the same steps, a PNG can be the
+// source, and the output directory is only ever one of the demo's own.
+#include <filesystem>
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "DemoOutput.h"
+#include "tools/canvaro/Png.h"
+
+namespace {
+
+using namespace canvaro_test;
+using ::testing::HasSubstr;
+namespace fs = std::filesystem;
+
+class DemoCommandTest : public DemoOutputTest {
+ protected:
+  fs::path Path(const std::string& name) const { return scratch_.path().native() / name; }
+  TempDir scratch_;
+};
+
+TEST_F(DemoCommandTest, TheSessionIsSavedAndReloadsStepByStep) {
+  const std::string& out = DemoRun().out;
+  EXPECT_THAT(out, HasSubstr("Writing to " + Demo().string()));
+  EXPECT_THAT(out, HasSubstr("reload:           matched"));
+  EXPECT_THAT(out, HasSubstr("peak memory:"));
+  EXPECT_THAT(out, HasSubstr("mask stroke"));
+  EXPECT_TRUE(fs::is_regular_file(Demo() / "document.json"));
+  EXPECT_FALSE(fs::is_empty(Demo() / "swap"));
+  EXPECT_FALSE(fs::exists(Demo() / "reload-check"));  // the scratch copy is gone
+}
+
+TEST_F(DemoCommandTest, APngPictureBecomesTheSourceItem) {
+  canvaro_tool::RgbaImage source;
+  source.width = 40;
+  source.height = 30;
+  for (std::uint32_t i = 0; i < 40 * 30; ++i) {
+    source.pixels.insert(source.pixels.end(),
+                         {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i / 7),
+                          static_cast<std::uint8_t>(255 - i % 256), 255});
+  }
+  canvaro_tool::WritePng(Path("in.png"), source);
+  const ToolRun run = RunTool({"demo", "--picture", Path("in.png").string(), "--steps", "2",
+                               "--out", Path("demo").string()});
+  ASSERT_EQ(run.status, 0) << run.out << run.err;
+  EXPECT_THAT(run.out, HasSubstr("in.png (40x30 RGBA"));
+  const ToolRun exported =
+      RunTool({"export", Path("demo").string(), "--step", "0", "--out", Path("back.png").string()});
+  ASSERT_EQ(exported.status, 0) << exported.err;
+  EXPECT_EQ(canvaro_tool::ReadPngRgba(Path("back.png")).pixels, source.pixels);
+}
+
+TEST_F(DemoCommandTest, ReusesItsOwnOutputButNoOtherDirectory) {
+  const std::vector<std::string> args = {
+      "demo", "--size", "16x12", "--steps", "1", "--out", Path("reuse").string()};
+  ASSERT_EQ(RunTool(args).status, 0);
+  EXPECT_EQ(RunTool(args).status, 0);
+
+  fs::create_directories(Path("mine"));
+  std::ofstream(Path("mine") / "notes.txt") << "keep me";
+  const ToolRun refused =
+      RunTool({"demo", "--size", "16x12", "--steps", "1", "--out", Path("mine").string()});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("notes.txt"));
+  EXPECT_TRUE(fs::exists(Path("mine") / "notes.txt"));
+
+  const ToolRun missing = RunTool({"demo", "--picture", Path("none.png").string()});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_THAT(missing.err, HasSubstr("no such file"));
+  std::ofstream(Path("fake.png")) << "not a png";
+  const ToolRun fake =
+      RunTool({"demo", "--picture", Path("fake.png").string(), "--out", Path("fake-out").string()});
+  EXPECT_EQ(fake.status, 1);
+  EXPECT_THAT(fake.err, HasSubstr("cannot read picture"));
+}
+
+}  // namespace

@@ -1,0 +1,58 @@
+// A small saved document made by `canvaro demo`, shared by the tests of one suite (the demo
+// runs once per suite), and a fresh copy of it for tests that damage it.
+//
+//   class VerifyCommandTest : public canvaro_test::DemoOutputTest {};
+//   TEST_F(VerifyCommandTest, ...) { auto dir = FreshCopy(); RunTool({"verify", dir.string()}); }
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "ToolRunner.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
+#include "support/TempDir.h"
+
+namespace canvaro_test {
+
+class DemoOutputTest : public ::testing::Test {
+ protected:
+  static constexpr int kSteps = 4;  // every kind of edit of the script happens by step 4
+
+  static void SetUpTestSuite() {
+    shared_ = std::make_unique<TempDir>();
+    demoRun_ = RunTool({"demo", "--size", "48x36", "--steps", std::to_string(kSteps), "--out",
+                        (shared_->path() / "demo").string()});
+  }
+  static void TearDownTestSuite() { shared_.reset(); }
+
+  void SetUp() override { ASSERT_EQ(demoRun_.status, 0) << demoRun_.out << demoRun_.err; }
+
+  static std::filesystem::path Demo() { return shared_->path().native() / "demo"; }
+  static const ToolRun& DemoRun() { return demoRun_; }
+
+  // A copy of the demo's output that the test may change; removed with the test.
+  std::filesystem::path FreshCopy() {
+    const std::filesystem::path copy = scratch_.path().native() / "copy";
+    std::filesystem::copy(Demo(), copy, std::filesystem::copy_options::recursive);
+    return copy;
+  }
+
+  static Kelbra::Core::Property ReadTree(const std::filesystem::path& file) {
+    return Kelbra::Core::PropertySerializer::FromString(ReadWholeFile(file));
+  }
+  static void WriteTree(const Kelbra::Core::Property& tree, const std::filesystem::path& file) {
+    std::ofstream(file, std::ios::binary | std::ios::trunc)
+        << Kelbra::Core::PropertySerializer::ToString(tree);
+  }
+
+ private:
+  static inline std::unique_ptr<TempDir> shared_;
+  static inline ToolRun demoRun_;
+  TempDir scratch_;
+};
+
+}  // namespace canvaro_test

@@ -1,0 +1,92 @@
+// canvaro inspect on a demo document: the JSON model against what the demo did, the text form,
+// and documents that the library itself could not load.
+#include <filesystem>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "DemoOutput.h"
+
+namespace {
+
+using namespace canvaro_test;
+using ::testing::HasSubstr;
+using Json = nlohmann::json;
+
+class InspectCommandTest : public DemoOutputTest {
+ protected:
+  static Json InspectJson(const std::filesystem::path& doc) {
+    const ToolRun run = RunTool({"inspect", doc.string(), "--json"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    return Json::parse(run.out);
+  }
+};
+
+TEST_F(InspectCommandTest, TheJsonModelHoldsEveryPartOfTheSession) {
+  const Json doc = InspectJson(Demo());
+  // The source and one item per step; the session ends one step back, so a redo step is saved.
+  EXPECT_EQ(doc["items"]["count"], kSteps + 1);
+  EXPECT_LT(doc["steps"]["current"].get<int>() + 1, doc["steps"]["count"].get<int>());
+
+  std::set<std::string> kinds;
+  for (const Json& shape : doc["shapes"]) kinds.insert(shape["kind"].get<std::string>());
+  EXPECT_EQ(kinds, (std::set<std::string>{"ArrowInfo", "EllipseInfo", "LineInfo", "MarkerInfo",
+                                          "RectangleInfo", "ShapedArrow", "TextInfo"}));
+
+  std::set<std::string> presets;
+  std::int64_t brushesSeen = 0;
+  for (const Json& item : doc["items"]["list"]) {
+    EXPECT_EQ(item["frame"]["state"], "present");
+    EXPECT_EQ(item["frame"]["width"], 48);
+    EXPECT_EQ(item["settings"]["package"], "canvaro tool effects");
+    EXPECT_TRUE(item["settings"]["effects"].empty());
+    presets.insert(item["settings"]["preset"].get<std::string>());
+    std::int64_t sum = 0;
+    for (const Json& brush : item["mask"]["brushes"]) sum += brush["pixels"].get<std::int64_t>();
+    EXPECT_EQ(sum, item["mask"]["pixels"].get<std::int64_t>());
+    brushesSeen += static_cast<std::int64_t>(item["mask"]["brushes"].size());
+  }
+  EXPECT_TRUE(presets.count("Invert") && presets.count("Blur 3 px")) << doc["items"].dump();
+  EXPECT_GE(brushesSeen, 3);
+  EXPECT_EQ(doc["frames"]["missing"], 0);
+  EXPECT_GT(doc["frames"]["onDisk"], 0);
+}
+
+TEST_F(InspectCommandTest, TheTextFormShowsTheSameDocument) {
+  const ToolRun run = RunTool({"inspect", Demo().string()});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("Items: " + std::to_string(kSteps + 1) + ", current"));
+  EXPECT_THAT(run.out, HasSubstr("Shapes: "));
+  EXPECT_THAT(run.out, HasSubstr("preset \"Invert\""));
+  EXPECT_THAT(run.out, HasSubstr("ShapedArrow"));
+  EXPECT_THAT(run.out, HasSubstr(" 0 missing"));
+}
+
+TEST_F(InspectCommandTest, ShowsMissingFilesAndStepsWithAHostsEffects) {
+  const auto dir = FreshCopy();
+  const Json before = InspectJson(dir);
+  const std::string file = before["items"]["list"][1]["frame"]["file"];
+  std::filesystem::remove(dir / "swap" / file);
+  // A host's effect in a step: the library cannot load this document, inspect still reads it.
+  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
+  auto& item = std::get<Kelbra::Core::Property::Collection>(tree.Find("Items")->value)[1];
+  auto& effects = item.GetChild("Info").GetChild("tagEffectSettings");
+  auto& effect =
+      effects.AddCollection("keyEffectsCollection").emplace_back().AddChild("keyEffectItem");
+  effect.SetClassId("HostSharpen");
+  effect.SetString("implName", "default");
+  WriteTree(tree, dir / "document.json");
+
+  const Json after = InspectJson(dir);
+  EXPECT_EQ(after["items"]["list"][1]["frame"]["state"], "missing");
+  EXPECT_EQ(after["items"]["list"][1]["settings"]["effects"], Json::array({"HostSharpen"}));
+  EXPECT_EQ(after["frames"]["missing"], 1);
+  const ToolRun text = RunTool({"inspect", dir.string()});
+  EXPECT_EQ(text.status, 0);
+  EXPECT_THAT(text.out, HasSubstr("MISSING"));
+  EXPECT_THAT(text.out, HasSubstr("1 effect(s) HostSharpen"));
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+// canvaro verify: a whole demo document passes; each kind of damage to its swap files or frame
+// references gives one line and status 1.
+#include <filesystem>
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "DemoOutput.h"
+
+namespace {
+
+using namespace canvaro_test;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+namespace fs = std::filesystem;
+
+class VerifyCommandTest : public DemoOutputTest {
+ protected:
+  // The swap file of item `item`'s picture.
+  static std::string PictureFile(const fs::path& dir, int item) {
+    const auto json = nlohmann::json::parse(RunTool({"inspect", dir.string(), "--json"}).out);
+    return json["items"]["list"][item]["frame"]["file"];
+  }
+  static std::vector<std::string> Problems(const ToolRun& run) {
+    std::vector<std::string> lines;
+    std::istringstream in(run.out);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+  }
+};
+
+TEST_F(VerifyCommandTest, AWholeDocumentPasses) {
+  const ToolRun run = RunTool({"verify", Demo().string()});
+  EXPECT_EQ(run.status, 0) << run.out << run.err;
+  EXPECT_THAT(run.out, StartsWith("OK: "));
+  // The document file itself may be named, and the swap directory given.
+  const ToolRun named = RunTool(
+      {"verify", (Demo() / "document.json").string(), "--swap", (Demo() / "swap").string()});
+  EXPECT_EQ(named.status, 0) << named.out;
+}
+
+TEST_F(VerifyCommandTest, EachDamagedSwapFileGivesOneLine) {
+  const fs::path dir = FreshCopy();
+  const fs::path swap = dir / "swap";
+  const std::string missing = PictureFile(dir, 1);
+  const std::string truncated = PictureFile(dir, 2);
+  const std::string oversized = PictureFile(dir, 3);
+  const std::string header = PictureFile(dir, 4);
+  fs::remove(swap / missing);
+  fs::resize_file(swap / truncated, fs::file_size(swap / truncated) - 7);
+  std::ofstream(swap / oversized, std::ios::binary | std::ios::app) << "tail";
+  fs::resize_file(swap / header, 12);
+
+  const ToolRun run = RunTool({"verify", dir.string()});
+  EXPECT_EQ(run.status, 1);
+  const auto problems = Problems(run);
+  ASSERT_EQ(problems.size(), 4u) << run.out;
+  EXPECT_THAT(run.out, HasSubstr("missing swap file " + missing + " (frame "));
+  EXPECT_THAT(run.out, HasSubstr("truncated swap file " + truncated));
+  EXPECT_THAT(run.out, HasSubstr("oversized swap file " + oversized));
+  EXPECT_THAT(run.out, HasSubstr("truncated swap file " + header + " (frame"));
+  EXPECT_THAT(run.out, HasSubstr("shorter than the raw frame header"));
+  EXPECT_THAT(run.err, StartsWith("canvaro: 4 problem(s)"));
+}
+
+TEST_F(VerifyCommandTest, AFileOfOtherGeometryOrAFrameOutsideTheListIsReported) {
+  const fs::path dir = FreshCopy();
+  const fs::path swap = dir / "swap";
+  // Item 2's picture file replaced by a whole raw frame of another size.
+  {
+    std::ofstream out(swap / PictureFile(dir, 2), std::ios::binary | std::ios::trunc);
+    const std::int32_t header[5] = {26 /* RGBA */, 10, 10, 1, 1};
+    out.write(reinterpret_cast<const char*>(header), sizeof header);
+    out << std::string(10 * 10 * 4, '\x7f');
+  }
+  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
+  std::get<Kelbra::Core::Property::Collection>(tree.Find("Items")->value)[3].SetInt("FrameIndex",
+                                                                                    999);
+  WriteTree(tree, dir / "document.json");
+
+  const ToolRun run = RunTool({"verify", dir.string()});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.out, HasSubstr("item 3 refers to frame 999, but the document has"));
+  EXPECT_THAT(run.out, HasSubstr("holds a 10x10 picture, the document expects 48x36"));
+  EXPECT_EQ(Problems(run).size(), 2u) << run.out;
+}
+
+}  // namespace
