@@ -206,8 +206,15 @@ void ShapeUndo::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
       ThrowBadItem("Saved shape item '" + name + "' has no states");
     }
     for (std::size_t state = 0; state < item->GetItemCount(); ++state) {
-      if (!item->Get(static_cast<Index>(state)).GetInfo()) {
+      const auto& saved = item->Get(static_cast<Index>(state));
+      if (!saved.GetInfo()) {
         ThrowBadItem("Saved shape item '" + name + "' has a state without a shape");
+      }
+      // The pictures were read before the shapes; an index past them would be read unchecked.
+      const Index frame = saved.GetFrameIndex();
+      if (frame != kNoIndex && frame >= storage_->GetCount()) {
+        ThrowBadItem("Saved shape item '" + name + "' names picture " + std::to_string(frame) +
+                     ", but only " + std::to_string(storage_->GetCount()) + " were saved");
       }
     }
     items_.push_back(item);

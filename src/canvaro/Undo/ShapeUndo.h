@@ -20,7 +20,8 @@
 // Errors: SetShape and OverwriteShape throw CanvaroException for a shape whose index names no
 // item; the getters do not check item or state numbers. Exceptions of the storage and of the
 // serializer pass through; SetShapes and RemoveShapeAll still close their transaction, keeping
-// what was done. Deserialize throws CanvaroException for a saved item without states.
+// what was done. Deserialize throws CanvaroException for a saved item without states or with a
+// state naming a picture that the storage does not hold.
 //
 // Ownership: the storage is not owned, the manager is shared, the items are owned and live as
 // long as the set (the manager holds them by pointer). Threads: the document's only; no locks.

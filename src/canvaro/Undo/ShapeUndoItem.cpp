@@ -85,6 +85,9 @@ bool ShapeUndoItem::WasSaved() const {
 }
 
 void ShapeUndoItem::UndoImpl() {
+  // A loaded step list may name the item in more steps than it has states: those steps find
+  // nothing to step.
+  if (GetCurrentIndexImpl() == kNoIndex || !IsUndoEnabledImpl()) return;
   const auto left = GetCurrentShape()->GetCurrentToolID();
   UndoRedoImpl(Reason::Undo);
   Publish(IDrawerEventHandler::DrawerEventToolIdChange(static_cast<std::uint32_t>(left),
@@ -92,6 +95,7 @@ void ShapeUndoItem::UndoImpl() {
 }
 
 void ShapeUndoItem::RedoImpl() {
+  if (!IsRedoEnabledImpl()) return;
   UndoRedoImpl(Reason::Redo);
   const auto reached = GetCurrentShape()->GetCurrentToolID();
   Publish(IDrawerEventHandler::DrawerEventToolIdChange(static_cast<std::uint32_t>(reached),

@@ -64,7 +64,8 @@ class ShapeUndoItem : public TUndoImplTop<ShapeInfo, void*>,
   // Whether any state since the shape last became visible, before the newest, was saved.
   bool WasSaved() const;
 
-  // One state back or forward, with the events of the header comment.
+  // One state back or forward, with the events of the header comment. Nothing happens (and
+  // nothing is published) at the first state or at the last one respectively.
   void UndoImpl() override;
   void RedoImpl() override;
 
