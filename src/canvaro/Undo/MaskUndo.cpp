@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include <glog/logging.h>
 
 #include "canvaro/foundation/CanvaroException.h"
+#include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/CoreManager.h"
+#include "kelbra/Proc/PixFmtInfo.h"
 
 namespace Kelbra::Canvaro {
 
@@ -190,7 +193,14 @@ void MaskUndo::UndoImpl() {
 void MaskUndo::RedoImpl() {
   if (!IsRedoEnabledImpl()) return;
   History::RedoImpl();
-  UndoRedoImpl();
+  try {
+    UndoRedoImpl();
+  } catch (...) {
+    // The exchange loads both pictures before it changes anything: a stroke that cannot be
+    // loaded stays undone.
+    History::UndoImpl();
+    throw;
+  }
   info_ = Get(GetCurrentIndexImpl()).GetInfo();
 }
 
@@ -327,19 +337,34 @@ Proc::IDataVideoPtr MaskUndo::GetWorkingMask() const {
 Index MaskUndo::GetWorkingIndex() const { return Get(0).GetFrameIndex(); }
 
 Conf::FrameInfo MaskUndo::GetMaskGeometry() const {
+  Conf::FrameInfo geometry{};
+  const Conf::FrameInfo* stored = nullptr;
   if (GetItemCount() != 0 && GetWorkingIndex() != kNoIndex) {
-    const Conf::FrameInfo& stored = GetStorage()->GetFrameInfo(GetWorkingIndex());
-    if (stored.width > 0 && stored.height > 0) return stored;
+    stored = &GetStorage()->GetFrameInfo(GetWorkingIndex());
   }
-  if (width_ > 0 && height_ > 0) {
-    return {static_cast<std::int32_t>(width_), static_cast<std::int32_t>(height_), 1, 1};
-  }
-  if (GetItemCount() != 0) {
+  if (stored != nullptr && stored->width > 0 && stored->height > 0) {
+    geometry = *stored;
+  } else if (width_ > 0 && height_ > 0) {
+    geometry = {static_cast<std::int32_t>(width_), static_cast<std::int32_t>(height_), 1, 1};
+  } else if (GetItemCount() != 0) {
+    // Loaded rectangles hold any values: their extent is computed wide and clamped.
+    const auto extent = [](std::int32_t from, std::int32_t to) {
+      return static_cast<std::int32_t>(std::clamp<std::int64_t>(
+          std::int64_t{to} - from, 0, std::numeric_limits<std::int32_t>::max()));
+    };
     const MaskInfo& first = Get(0).GetInfo();
-    return {std::max(first.GetRight() - first.GetLeft(), 0),
-            std::max(first.GetBottom() - first.GetTop(), 0), 1, 1};
+    geometry = {extent(first.GetLeft(), first.GetRight()),
+                extent(first.GetTop(), first.GetBottom()), 1, 1};
   }
-  return {};
+  // A loaded record may claim any size, and the counts and a blank mask are allocated by it:
+  // only a size that a mask picture can have will do.
+  try {
+    Proc::GetPlaneLayouts(PixFmt::Gray8, geometry);
+  } catch (const Core::CoreException&) {
+    ThrowBadMask("A mask of " + std::to_string(geometry.width) + "x" +
+                 std::to_string(geometry.height) + " is larger than any picture can be");
+  }
+  return geometry;
 }
 
 ROI MaskUndo::Clip(const MaskInfo& rect, const Conf::FrameInfo& geometry) const {

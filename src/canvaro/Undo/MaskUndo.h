@@ -93,7 +93,8 @@ class MaskUndo : public TUndoImplBottom<MaskInfo, void*> {
   // Undoes the current stroke: its pixels and the working mask's are exchanged, and the
   // previous item's info becomes current. Nothing at item 0 or on an empty history.
   void UndoImpl() override;
-  // Redoes the next stroke; nothing at the last item.
+  // Redoes the next stroke; nothing at the last item. Both undo and redo load their pictures
+  // first: when that fails, the history stays where it was.
   void RedoImpl() override;
   // Drops the redo tail and releases the pictures it kept.
   void TruncateImpl() override;
@@ -129,7 +130,8 @@ class MaskUndo : public TUndoImplBottom<MaskInfo, void*> {
   Proc::IDataVideoPtr GetWorkingMask() const;
   Index GetWorkingIndex() const;
   // The size of the mask: the working frame's (also after it was dropped), else the size given
-  // to the constructor, else item 0's rectangle.
+  // to the constructor, else item 0's rectangle. Throws CanvaroException for a size no picture
+  // can have (a loaded record may claim one).
   Conf::FrameInfo GetMaskGeometry() const;
   // `rect` clipped to the mask.
   ROI Clip(const MaskInfo& rect, const Conf::FrameInfo& geometry) const;
