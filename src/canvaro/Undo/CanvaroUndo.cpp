@@ -158,10 +158,11 @@ void CanvaroUndo::MultiUndo() {
   // The base item is never undone; an empty history has nothing to undo.
   const Index current = GetCurrentIndexImpl();
   if (current == kNoIndex || current == 0 || !IsUndoEnabledImpl()) return;
-  UndoImpl();
-  const Item& item = Get(GetCurrentIndexImpl());
-  // Bring the picture now in force back into memory while the host waits for the step anyway.
+  // Bring the picture about to be in force back into memory while the host waits for the step
+  // anyway; before the cursor moves, so that a failed load leaves the step in force.
+  const Item& item = Get(current - 1);
   if (item.GetFrameIndex() != kNoIndex) storage_.GetFrame(item.GetFrameIndex());
+  UndoImpl();
   if (item.GetMask() != nullptr) NotifyTool(item.GetMask()->GetInfo());
   Notify(Events::EventFrameReason::Undo);
 }
@@ -173,9 +174,9 @@ void CanvaroUndo::MultiRedo() {
     NotifyTool(mask->GetInfo());
   } else {
     if (GetItemCount() == 0 || !IsRedoEnabledImpl()) return;
-    RedoImpl();
-    const Item& item = Get(GetCurrentIndexImpl());
+    const Item& item = Get(GetCurrentIndexImpl() + 1);
     if (item.GetFrameIndex() != kNoIndex) storage_.GetFrame(item.GetFrameIndex());
+    RedoImpl();
     if (item.GetMask() != nullptr) NotifyTool(item.GetMask()->GetInfo());
   }
   CheckForSize();

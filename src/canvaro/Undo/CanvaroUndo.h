@@ -105,7 +105,8 @@ class CanvaroUndo final : public ICanvaroUndo,
 
   // A step of the document is undone: a mask stroke of the item in force when its mask history
   // can undo, otherwise the item itself. Publishes the tool of the undone stroke (or of the new
-  // item's mask settings), then frame, shape and change-to-save events with reason undo.
+  // item's mask settings), then frame, shape and change-to-save events with reason undo. When
+  // the picture to show cannot be loaded (CanvaroException, SwapFileFailure), nothing moves.
   void MultiUndo() override;
   // The mirror image, with reason redo; checks the memory budget.
   void MultiRedo() override;
