@@ -1,0 +1,129 @@
+#include "support/SampleDocuments.h"
+
+#include <cstdint>
+#include <functional>
+
+#include "canvaro/Undo/ICanvaroUndo.h"
+#include "canvaro/Undo/IUndoManager.h"
+#include "canvaro/settings/MaskInfo.h"
+#include "canvaro/settings/SettingsCore.h"
+#include "canvaro/shapes/LineInfo.h"
+#include "canvaro/shapes/RectangleInfo.h"
+#include "canvaro/shapes/TextInfo.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Pictures.h"
+
+namespace canvaro_test {
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+
+constexpr std::int32_t kWidth = 8;
+constexpr std::int32_t kHeight = 6;
+
+SettingsCore Settings(const std::string& package, std::int32_t index) {
+  SettingsCore settings;
+  settings.GetEffectsSettings().GetPackage().SetName(package);
+  settings.GetEffectsSettings().GetPackage().SetPackageIndex(index);
+  return settings;
+}
+
+MaskInfo Rect(std::int32_t left, std::int32_t right, std::int32_t top, std::int32_t bottom) {
+  return MaskInfo(left, right, top, bottom,
+                  MaskInfo::MaskInfoEx(Blender::IBlender::Initializer(
+                      Blender::IBlender::Initializer::MaskType(0), Proc::Color::Black())));
+}
+
+// `base` (or a blank mask) with [left, right) x [top, bottom) painted `value`.
+Proc::IDataVideoPtr Stroke(const Proc::IDataVideoPtr& base, std::int32_t left, std::int32_t right,
+                           std::int32_t top, std::int32_t bottom, std::uint8_t value) {
+  Proc::IDataVideoPtr mask;
+  if (base) {
+    mask = Proc::CopyDataVideo(*base);
+  } else {
+    mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight, 1, 1});
+    mask->Fill(Proc::Color::Black());
+  }
+  auto plane = mask->GetPlane(0);
+  for (std::int32_t y = top; y < bottom; ++y) {
+    for (std::int32_t x = left; x < right; ++x) {
+      *plane.GetOffsetPtr(static_cast<std::size_t>(x), static_cast<std::size_t>(y)) = value;
+    }
+  }
+  return mask;
+}
+
+ICanvaroUndoPtr MakeDocument(const ioPath& dir, const std::string& session) {
+  return ICanvaroUndo::Create(dir, [session, n = 0]() mutable {
+    return "sample_" + session + "_" + std::to_string(n++) + ".raw";
+  });
+}
+
+std::string Save(ICanvaroUndo& document, const std::function<void(Core::Property&)>& edit = {}) {
+  Core::Property tree;
+  document.Serialize(Drevin::SerializerProperty::Create(tree));
+  document.WaitForPendingSaves();
+  if (edit) edit(tree);
+  return Core::PropertySerializer::ToString(tree, false);
+}
+
+void Edit(ICanvaroUndo& doc) {
+  const auto picture = [](std::uint8_t seed) {
+    return MakePatternPicture(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1}, seed);
+  };
+  doc.Add(Settings("Source", 0), picture(1), nullptr, Rect(0, 0, 0, 0));
+  const auto first = Stroke(nullptr, 0, 3, 0, 2, 1);
+  doc.Add(Settings("Brush", 1), picture(2), first, Rect(0, 3, 0, 2));
+  const auto second = Stroke(first, 2, 6, 1, 4, 2);
+  doc.AddMask(second, Rect(2, 6, 1, 4));
+
+  auto line = LineInfo::Create(IToolsId::SHAPE_LINE);
+  line->GetPosition().SetX(0.25);
+  doc.SetShape(ShapeInfo(*line), MakePatternPicture(Proc::PixFmt::RGBA, {2, 2, 1, 1}, 9));
+  {
+    RAII::UndoTransactionGuard transaction(doc.GetTransactionManager());
+    // Transactions do not nest: SetShapes would open one of its own.
+    doc.SetShape(ShapeInfo(*RectangleInfo::Create(IToolsId::SHAPE_FRAME)), nullptr);
+    doc.AddMask(Stroke(second, 5, 8, 3, 6, 3), Rect(5, 8, 3, 6));
+  }
+  doc.SetShapes({ShapeInfo(*TextInfo::Create(IToolsId::TEXT))});
+  doc.RemoveShapeAll(ShapeType::Rectangle);
+  doc.Add(Settings("Sharpen", 2),
+          MakePatternPicture(Proc::PixFmt::YUV420P, {kWidth, kHeight, 1, 1}, 3), nullptr,
+          Rect(0, 0, 0, 0));
+}
+
+}  // namespace
+
+std::vector<SavedDocument> WriteSampleDocuments(const ioPath& swapDirectory) {
+  std::vector<SavedDocument> saved;
+  {
+    auto doc = MakeDocument(swapDirectory, "session");
+    Edit(*doc);
+    doc->Undo();
+    saved.push_back({"session", Save(*doc)});
+  }
+  {
+    auto doc = MakeDocument(swapDirectory, "nosteps");
+    Edit(*doc);
+    saved.push_back(
+        {"no_step_list", Save(*doc, [](Core::Property& tree) { tree.Remove("UndoManager"); })});
+  }
+  {
+    auto doc = MakeDocument(swapDirectory, "source");
+    doc->Add(Settings("Source", 0), MakePatternPicture(Proc::PixFmt::BGR24, {5, 3, 1, 1}, 4),
+             nullptr, Rect(0, 0, 0, 0));
+    saved.push_back({"source_only", Save(*doc)});
+  }
+  {
+    auto doc = MakeDocument(swapDirectory, "empty");
+    saved.push_back({"empty", Save(*doc)});
+  }
+  return saved;
+}
+
+}  // namespace canvaro_test
