@@ -1,0 +1,546 @@
+// A long randomized editing session (steps, replaced steps, mask strokes and clears, shapes
+// placed, moved and removed, transactions committed and rolled back, undo, redo, saving while
+// the swap worker writes, saving and loading into a fresh document) checked after every
+// operation against a reference model of what the document must show.
+//
+// The model is deliberately naive: it keeps a full copy of the visible state for every undo
+// step (picture fill, settings, mask pixels, mask position, shapes) and a cursor, so it shares
+// no idea with the document's participant histories.
+//
+// Seeded and reproducible: a failure prints the seed and the last operations. Run one seed with
+// CANVARO_RANDOM_SEED=<seed> (and CANVARO_RANDOM_OPERATIONS=<n> for a longer session).
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <deque>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "canvaro/Undo/ICanvaroUndo.h"
+#include "canvaro/shapes/EllipseInfo.h"
+#include "canvaro/shapes/LineInfo.h"
+#include "canvaro/shapes/RectangleInfo.h"
+#include "canvaro/shapes/TextInfo.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+
+constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
+constexpr std::int32_t kWidth = 8;
+constexpr std::int32_t kHeight = 6;
+constexpr std::size_t kPixels = kWidth * kHeight;
+using MaskPixels = std::array<std::uint8_t, kPixels>;
+
+// ---- the model ----
+
+struct Shape {
+  ShapeType kind = ShapeType::Line;
+  double x = 0;
+  bool visible = true;
+};
+
+// What the document shows at one undo step.
+struct View {
+  unsigned item = 0;
+  std::uint8_t fill = 0;
+  std::string package;
+  MaskPixels mask{};
+  unsigned maskIndex = 0;
+  // Every shape placed up to this step, by index; later ones are not shown here.
+  std::vector<Shape> shapes;
+};
+
+struct Model {
+  std::vector<View> steps;
+  std::size_t cursor = 0;
+  // Settings items of the document, its redo tail included (not a property of a step).
+  unsigned items = 0;
+  // Shape items ever made: they are never deleted, so indices keep counting.
+  unsigned shapeItems = 0;
+
+  const View& Now() const { return steps[cursor]; }
+  // The start of an edit that makes a step: every redo tail goes.
+  View BeginEdit() {
+    steps.resize(cursor + 1);
+    items = Now().item + 1;
+    return Now();
+  }
+  void Commit(const View& view) {
+    steps.push_back(view);
+    cursor = steps.size() - 1;
+  }
+};
+
+// ---- building what the document receives ----
+
+Proc::IDataVideoPtr Picture(std::uint8_t fill) {
+  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1});
+  picture->Fill(Proc::Color(fill, fill, fill, 255));
+  return picture;
+}
+
+Proc::IDataVideoPtr MaskPicture(const MaskPixels& pixels) {
+  auto mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight, 1, 1});
+  auto plane = mask->GetPlane(0);
+  for (std::size_t y = 0; y < kHeight; ++y) {
+    std::copy_n(pixels.begin() + static_cast<std::ptrdiff_t>(y * kWidth), kWidth,
+                plane.GetOffsetPtr(0, y));
+  }
+  return mask;
+}
+
+MaskPixels ReadMask(const Proc::IDataVideoPtr& mask) {
+  MaskPixels pixels{};
+  if (!mask) return pixels;
+  const Proc::IDataVideo& picture = *mask;
+  const auto plane = picture.GetPlane(0);
+  for (std::size_t y = 0; y < kHeight; ++y) {
+    std::copy_n(plane.GetOffsetPtr(0, y), kWidth,
+                pixels.begin() + static_cast<std::ptrdiff_t>(y * kWidth));
+  }
+  return pixels;
+}
+
+struct Rect {
+  std::int32_t left, right, top, bottom;
+};
+
+MaskInfo MaskOver(const Rect& r) {
+  return MaskInfo(r.left, r.right, r.top, r.bottom,
+                  MaskInfo::MaskInfoEx(Blender::IBlender::Initializer(
+                      Blender::IBlender::Initializer::MaskType(0), Proc::Color::Black())));
+}
+
+void Paint(MaskPixels& pixels, const Rect& r, std::uint8_t brush) {
+  for (std::int32_t y = r.top; y < r.bottom; ++y) {
+    for (std::int32_t x = r.left; x < r.right; ++x)
+      pixels[static_cast<std::size_t>(y * kWidth + x)] = brush;
+  }
+}
+
+SettingsCore Settings(const std::string& package) {
+  SettingsCore settings;
+  settings.GetEffectsSettings().GetPackage().SetName(package);
+  return settings;
+}
+
+ShapeInfo NewShape(ShapeType kind, double x) {
+  ShapeInfoBasePtr shape;
+  switch (kind) {
+    case ShapeType::Rectangle:
+      shape = RectangleInfo::Create(IToolsId::SHAPE_FRAME);
+      break;
+    case ShapeType::Ellipse:
+      shape = EllipseInfo::Create(IToolsId::SHAPE_FRAME);
+      break;
+    case ShapeType::Text:
+      shape = TextInfo::Create(IToolsId::TEXT);
+      break;
+    default:
+      shape = LineInfo::Create(IToolsId::SHAPE_LINE);
+      break;
+  }
+  shape->GetPosition().SetX(x);
+  return ShapeInfo(ShapeInfoBaseConstPtr(shape));
+}
+
+// ---- the session ----
+
+class RandomSession {
+ public:
+  RandomSession(unsigned seed, const canvaro_test::TempDir& dir)
+      : random_(seed), dir_(dir), doc_(NewDocument()) {}
+
+  // Runs `operations` random operations; stops at the first difference from the model and
+  // describes it.
+  testing::AssertionResult Run(int operations) {
+    Do("add source", [&] { AddStep(/*first=*/true); });
+    for (int i = 0; i < operations; ++i) {
+      const int roll = Uniform(0, 99);
+      testing::AssertionResult result = testing::AssertionSuccess();
+      if (roll < 14) {
+        result = Do("add", [&] { AddStep(false); });
+      } else if (roll < 17) {
+        result = Do("set", [&] { SetStep(); });
+      } else if (roll < 33) {
+        result = Do("stroke", [&] { Stroke(); });
+      } else if (roll < 35) {
+        result = Do("clear mask", [&] { ClearMask(); });
+      } else if (roll < 45) {
+        result = Do("place shape", [&] { PlaceShape(); });
+      } else if (roll < 52) {
+        result = Do("move shape", [&] { MoveShape(); });
+      } else if (roll < 55) {
+        result = Do("remove shapes", [&] { RemoveShapes(); });
+      } else if (roll < 61) {
+        result = Do("transaction", [&] { Transaction(/*commit=*/true); });
+      } else if (roll < 63) {
+        result = Do("rollback", [&] { Transaction(/*commit=*/false); });
+      } else if (roll < 80) {
+        result = Do("undo", [&] { Undo(); });
+      } else if (roll < 94) {
+        result = Do("redo", [&] { Redo(); });
+      } else if (roll < 98) {
+        result = Do("save", [&] { SaveWhileWorking(); });
+      } else {
+        result = Do("save and load", [&] { SaveAndLoad(); });
+      }
+      if (!result) return result;
+    }
+    return Do("final save and load", [&] { SaveAndLoad(); });
+  }
+
+ private:
+  template <class Operation>
+  testing::AssertionResult Do(const std::string& name, Operation operation) {
+    history_.push_back(name);
+    if (history_.size() > 12) history_.pop_front();
+    operation();
+    testing::AssertionResult result = Check();
+    if (!result) {
+      result << "\n  after operation " << ++count_ << "; the last operations:";
+      for (const std::string& done : history_) result << ' ' << done << ';';
+    }
+    ++count_;
+    return result;
+  }
+
+  int Uniform(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
+
+  ICanvaroUndoPtr NewDocument() {
+    const std::string prefix = "d" + std::to_string(documents_++) + "_";
+    return ICanvaroUndo::Create(
+        dir_.path(), [prefix, n = 0]() mutable { return prefix + std::to_string(n++) + ".raw"; });
+  }
+
+  std::uint8_t NextFill() { return static_cast<std::uint8_t>(1 + (fills_++ % 250)); }
+
+  Rect RandomRect() {
+    const std::int32_t left = Uniform(0, kWidth - 1);
+    const std::int32_t top = Uniform(0, kHeight - 1);
+    return {left, Uniform(left + 1, kWidth), top, Uniform(top + 1, kHeight)};
+  }
+
+  // ---- edits: each applies to the document and to `view`, the state being built ----
+
+  void ApplyAdd(View& view, bool withMask) {
+    const std::uint8_t fill = NextFill();
+    const std::string package = "p" + std::to_string(fill);
+    MaskPixels mask{};
+    Rect rect{0, 0, 0, 0};
+    if (withMask) {
+      rect = RandomRect();
+      Paint(mask, rect, static_cast<std::uint8_t>(Uniform(1, 3)));
+    }
+    doc_->Add(Settings(package), Picture(fill), withMask ? MaskPicture(mask) : nullptr,
+              MaskOver(rect));
+    view.item = model_.items++;
+    view.fill = fill;
+    view.package = package;
+    view.mask = mask;
+    view.maskIndex = 0;
+  }
+
+  void ApplyStroke(View& view) {
+    const Rect rect = RandomRect();
+    MaskPixels mask = view.mask;
+    // Another brush than the one there, so that the stroke changes something.
+    const std::uint8_t brush = static_cast<std::uint8_t>(
+        mask[static_cast<std::size_t>(rect.top * kWidth + rect.left)] % 3 + 1);
+    Paint(mask, rect, brush);
+    doc_->AddMask(MaskPicture(mask), MaskOver(rect));
+    view.mask = mask;
+    ++view.maskIndex;
+  }
+
+  void ApplyPlaceShape(View& view) {
+    static constexpr ShapeType kKinds[] = {ShapeType::Line, ShapeType::Rectangle,
+                                           ShapeType::Ellipse, ShapeType::Text};
+    const ShapeType kind = kKinds[Uniform(0, 3)];
+    const double x = Uniform(1, 63) / 64.0;
+    doc_->SetShape(NewShape(kind, x), nullptr);
+    // Shapes placed in rolled-back transactions exist, hidden.
+    view.shapes.resize(model_.shapeItems, Shape{ShapeType::Line, 0, false});
+    view.shapes.push_back({kind, x, true});
+    ++model_.shapeItems;
+  }
+
+  // Moves a visible shape of `view`; false when there is none.
+  bool ApplyMoveShape(View& view) {
+    std::vector<std::size_t> visible;
+    for (std::size_t i = 0; i < view.shapes.size(); ++i) {
+      if (view.shapes[i].visible) visible.push_back(i);
+    }
+    if (visible.empty()) return false;
+    const std::size_t index =
+        visible[static_cast<std::size_t>(Uniform(0, static_cast<int>(visible.size()) - 1))];
+    Shape& shape = view.shapes[index];
+    double x = Uniform(1, 63) / 64.0;
+    if (x == shape.x) x = x > 0.5 ? x - 1 / 64.0 : x + 1 / 64.0;
+    ShapeInfoBasePtr moved =
+        doc_->GetShapeItemInfo(static_cast<unsigned>(index), kCurrent)->Clone();
+    moved->GetPosition().SetX(x);
+    doc_->SetShape(ShapeInfo(ShapeInfoBaseConstPtr(moved)), nullptr);
+    shape.x = x;
+    return true;
+  }
+
+  // ---- operations ----
+
+  void AddStep(bool first) {
+    View view = first ? View{} : model_.BeginEdit();
+    if (first) model_.items = 0;
+    ApplyAdd(view, Uniform(0, 2) == 0);
+    if (first) {
+      model_.steps = {view};
+      model_.cursor = 0;
+    } else {
+      model_.Commit(view);
+    }
+  }
+
+  // Replaces the step in force. The model can follow only while the item in force has no
+  // strokes and nothing can be redone: then every step that shows the item shows the new one.
+  void SetStep() {
+    if (model_.cursor + 1 < model_.steps.size() || model_.Now().maskIndex != 0) return;
+    const unsigned item = model_.Now().item;
+    View replaced = model_.Now();
+    const std::uint8_t fill = NextFill();
+    replaced.fill = fill;
+    replaced.package = "set" + std::to_string(fill);
+    replaced.mask = {};
+    doc_->Set(Settings(replaced.package), Picture(fill), nullptr, MaskOver({0, 0, 0, 0}));
+    for (View& view : model_.steps) {
+      if (view.item == item) {
+        view.fill = replaced.fill;
+        view.package = replaced.package;
+        view.mask = replaced.mask;
+      }
+    }
+  }
+
+  void Stroke() {
+    View view = model_.BeginEdit();
+    ApplyStroke(view);
+    model_.Commit(view);
+  }
+
+  void ClearMask() {
+    const MaskPixels& now = model_.Now().mask;
+    // Clearing a blank mask is refused (after the redo steps were dropped): not modelled.
+    if (std::all_of(now.begin(), now.end(), [](std::uint8_t p) { return p == 0; })) return;
+    View view = model_.BeginEdit();
+    doc_->AddMask(nullptr, MaskOver({0, 1, 0, 1}));
+    view.mask = {};
+    ++view.maskIndex;
+    model_.Commit(view);
+  }
+
+  void PlaceShape() {
+    View view = model_.BeginEdit();
+    ApplyPlaceShape(view);
+    model_.Commit(view);
+  }
+
+  void MoveShape() {
+    const auto& shapes = model_.Now().shapes;
+    if (std::none_of(shapes.begin(), shapes.end(), [](const Shape& s) { return s.visible; })) {
+      return;
+    }
+    View view = model_.BeginEdit();
+    ApplyMoveShape(view);
+    model_.Commit(view);
+  }
+
+  void RemoveShapes() {
+    static constexpr ShapeType kKinds[] = {ShapeType::Line, ShapeType::Rectangle, ShapeType::All};
+    const ShapeType kind = kKinds[Uniform(0, 2)];
+    View view = model_.Now();
+    bool any = false;
+    for (Shape& shape : view.shapes) {
+      if (shape.visible && HasAnyOf(kind, shape.kind)) {
+        shape.visible = false;
+        any = true;
+      }
+    }
+    doc_->RemoveShapeAll(kind);
+    if (!any) return;  // nothing visible of that kind: no step
+    model_.BeginEdit();
+    model_.Commit(view);
+  }
+
+  // Two to four edits as one step, or rolled back.
+  void Transaction(bool commit) {
+    const View before = model_.Now();
+    View view = model_.BeginEdit();
+    unsigned added = 0;
+    {
+      RAII::UndoTransactionGuard transaction(doc_->GetTransactionManager(), commit);
+      const int edits = Uniform(2, 4);
+      for (int i = 0; i < edits; ++i) {
+        switch (Uniform(0, 3)) {
+          case 0:
+            ApplyAdd(view, Uniform(0, 1) == 0);
+            ++added;
+            break;
+          case 1:
+            ApplyStroke(view);
+            break;
+          case 2:
+            ApplyPlaceShape(view);
+            break;
+          default:
+            if (!ApplyMoveShape(view)) ApplyStroke(view);
+            break;
+        }
+      }
+    }
+    if (commit) {
+      model_.Commit(view);
+    } else {
+      // Every edit is undone; the items added stay behind as the document's redo tail, and the
+      // shapes placed as hidden items.
+      model_.items = before.item + 1 + added;
+    }
+  }
+
+  void Undo() {
+    if (!doc_->IsUndoEnabled()) return;
+    doc_->Undo();
+    --model_.cursor;
+  }
+
+  void Redo() {
+    if (!doc_->IsRedoEnabled()) return;
+    doc_->Redo();
+    ++model_.cursor;
+  }
+
+  // Saves without waiting: the worker writes the swap files while the session goes on.
+  void SaveWhileWorking() {
+    Core::Property tree;
+    doc_->Serialize(Drevin::SerializerProperty::Create(tree));
+  }
+
+  // Saves, waits for the swap files and goes on with a fresh document loaded from the save.
+  void SaveAndLoad() {
+    Core::Property tree;
+    doc_->Serialize(Drevin::SerializerProperty::Create(tree));
+    doc_->WaitForPendingSaves();
+    ICanvaroUndoPtr loaded = NewDocument();
+    loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+    doc_ = loaded;
+  }
+
+  // ---- the comparison ----
+
+  testing::AssertionResult Check() const {
+    const View& want = model_.Now();
+    const ICanvaroUndo& doc = *doc_;
+    auto fail = [](const std::string& what, auto expected, auto actual) {
+      std::ostringstream text;
+      text << what << ": expected " << expected << ", the document shows " << actual;
+      return testing::AssertionFailure() << text.str();
+    };
+    if (doc.GetCurrentIndex() != want.item) return fail("item", want.item, doc.GetCurrentIndex());
+    if (doc.GetVideoCount() != model_.items)
+      return fail("items", model_.items, doc.GetVideoCount());
+    if (doc.IsUndoEnabled() != (model_.cursor > 0))
+      return fail("undo", model_.cursor > 0, doc.IsUndoEnabled());
+    const bool redo = model_.cursor + 1 < model_.steps.size();
+    if (doc.IsRedoEnabled() != redo) return fail("redo", redo, doc.IsRedoEnabled());
+
+    const Proc::IDataVideoPtr picture = doc.GetVideo(kCurrent);
+    if (!picture) return testing::AssertionFailure() << "no picture in force";
+    const Proc::IDataVideo& pixels = *picture;
+    const auto plane = pixels.GetPlane(0);
+    for (std::size_t y = 0; y < kHeight; ++y) {
+      for (std::size_t x = 0; x < kWidth * 4u; ++x) {
+        const unsigned expected = x % 4 == 3 ? 255u : want.fill;
+        if (plane.GetOffsetPtr(x, y)[0] != expected)
+          return fail("picture byte", expected, unsigned{plane.GetOffsetPtr(x, y)[0]});
+      }
+    }
+    const std::string package =
+        doc.GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName();
+    if (package != want.package) return fail("package", want.package, package);
+
+    if (doc.GetCurrentMaskIndex() != want.maskIndex)
+      return fail("mask index", want.maskIndex, doc.GetCurrentMaskIndex());
+    const std::size_t painted = static_cast<std::size_t>(
+        std::count_if(want.mask.begin(), want.mask.end(), [](std::uint8_t p) { return p != 0; }));
+    if (doc.GetMaskPixelCount({}) != painted)
+      return fail("painted pixels", painted, doc.GetMaskPixelCount({}));
+    for (std::uint8_t brush = 1; brush <= 3; ++brush) {
+      const auto count =
+          static_cast<std::uint64_t>(std::count(want.mask.begin(), want.mask.end(), brush));
+      if (doc.GetMaskPixelCount({brush}) != count)
+        return fail("pixels of brush " + std::to_string(brush), count,
+                    doc.GetMaskPixelCount({brush}));
+    }
+    if (ReadMask(doc.GetMask(kCurrent)) != want.mask)
+      return testing::AssertionFailure() << "mask pixels differ";
+
+    std::vector<std::pair<std::int32_t, double>> shown;
+    for (const ShapeInfo& shape : doc.GetShapeActiveItems(ShapeType::All)) {
+      shown.emplace_back(shape->GetIndex(), shape->GetPosition().GetX());
+    }
+    std::vector<std::pair<std::int32_t, double>> expected;
+    for (std::size_t i = 0; i < want.shapes.size(); ++i) {
+      if (want.shapes[i].visible)
+        expected.emplace_back(static_cast<std::int32_t>(i), want.shapes[i].x);
+    }
+    if (shown.size() != expected.size())
+      return fail("visible shapes", expected.size(), shown.size());
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+      if (shown[i].first != expected[i].first ||
+          std::abs(shown[i].second - expected[i].second) > 1e-9) {
+        return fail("shape " + std::to_string(expected[i].first) + " at x", expected[i].second,
+                    shown[i].second);
+      }
+    }
+    if (doc.GetShapeItemCount(ShapeType::All) != model_.shapeItems)
+      return fail("shape items", model_.shapeItems, doc.GetShapeItemCount(ShapeType::All));
+    return testing::AssertionSuccess();
+  }
+
+  std::mt19937 random_;
+  const canvaro_test::TempDir& dir_;
+  int documents_ = 0;
+  ICanvaroUndoPtr doc_;
+  Model model_;
+  unsigned fills_ = 0;
+  int count_ = 0;
+  std::deque<std::string> history_;
+};
+
+unsigned FromEnvironment(const char* name, unsigned fallback) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? static_cast<unsigned>(std::strtoul(value, nullptr, 10)) : fallback;
+}
+
+TEST(RandomSessionTest, EveryStepShowsWhatTheModelExpects) {
+  std::vector<unsigned> seeds = {1, 2};
+  if (std::getenv("CANVARO_RANDOM_SEED") != nullptr)
+    seeds = {FromEnvironment("CANVARO_RANDOM_SEED", 0)};
+  const int operations = static_cast<int>(FromEnvironment("CANVARO_RANDOM_OPERATIONS", 1000));
+  for (const unsigned seed : seeds) {
+    canvaro_test::TempDir dir;
+    RandomSession session(seed, dir);
+    ASSERT_TRUE(session.Run(operations))
+        << "  seed " << seed << " (CANVARO_RANDOM_SEED=" << seed << ")";
+  }
+}
+
+}  // namespace

@@ -1,0 +1,263 @@
+// Real faults of the swap files under a document: the file size limit reached while pictures are
+// written, the swap directory gone or unusable during a session, swap files deleted or
+// truncated between saving and loading. The document keeps answering everything that does not
+// need a lost picture; what does need one fails with CanvaroException, code SwapFileFailure, and
+// leaves the document where it was.
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "Outcome.h"
+#include "canvaro/Undo/FrameStorage.h"
+#include "canvaro/Undo/ICanvaroUndo.h"
+#include "canvaro/shapes/LineInfo.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/ExerciseDocument.h"
+#include "support/SampleDocuments.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using namespace canvaro_test;
+namespace fs = std::filesystem;
+
+constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
+
+Proc::IDataVideoPtr Picture(std::uint8_t value, std::int32_t width = 8, std::int32_t height = 6) {
+  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {width, height, 1, 1});
+  picture->Fill(Proc::Color(value, value, value, 255));
+  return picture;
+}
+
+SettingsCore Settings(const std::string& package) {
+  SettingsCore settings;
+  settings.GetEffectsSettings().GetPackage().SetName(package);
+  return settings;
+}
+
+MaskInfo NoMask() { return MaskInfo(); }
+
+ICanvaroUndoPtr MakeDocument(const ioPath& swap) {
+  return ICanvaroUndo::Create(swap, [n = 0]() mutable { return "f" + std::to_string(n++); });
+}
+
+// Three steps ("Source", "Big" with a 64x64 picture, "Last") and a line.
+void Edit(ICanvaroUndo& doc) {
+  doc.Add(Settings("Source"), Picture(1), nullptr, NoMask());
+  doc.Add(Settings("Big"), Picture(2, 64, 64), nullptr, NoMask());
+  doc.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), nullptr);
+  doc.Add(Settings("Last"), Picture(3), nullptr, NoMask());
+}
+
+void Save(ICanvaroUndo& doc) {
+  Core::Property tree;
+  doc.Serialize(Drevin::SerializerProperty::Create(tree));
+  doc.WaitForPendingSaves();
+}
+
+// Checks a document of Edit whose swap files have failed; 0 when everything holds, else the
+// number of the first check that failed (so that a child process can report it).
+int CheckFailedDocument(ICanvaroUndo& doc) {
+  if (!doc.GetFrameStorage().IsFailed()) return 1;
+  // Everything that needs no picture still answers.
+  if (doc.GetVideoCount() != 3 || doc.GetCurrentIndex() != 2) return 2;
+  if (doc.GetSettings(1).GetEffectsSettings().GetPackage().GetName() != "Big") return 3;
+  if (!(doc.GetVideoInfo(1) == Conf::FrameInfo{64, 64, 1, 1})) return 4;
+  if (doc.GetShapeActiveItemCount(ShapeType::All) != 1) return 5;
+  // Pictures do not, not even the one in force.
+  if (OutcomeOf([&] { doc.GetVideo(kCurrent); }) != Outcome::SwapFileFailure) return 6;
+  if (OutcomeOf([&] { doc.GetVideo(0); }) != Outcome::SwapFileFailure) return 7;
+  // An undo that needs a picture fails as a whole: the step stays in force everywhere.
+  const std::int32_t step = doc.GetUndoManager().GetCurrentStep();
+  if (OutcomeOf([&] { doc.Undo(); }) != Outcome::SwapFileFailure) return 8;
+  if (doc.GetCurrentIndex() != 2 || doc.GetUndoManager().GetCurrentStep() != step) return 9;
+  // A new step needs its mask counted from the storage, which hands out nothing any more: the
+  // edit fails before it changes what the document shows.
+  if (OutcomeOf([&] { doc.Add(Settings("After"), Picture(4), nullptr, NoMask()); }) !=
+      Outcome::SwapFileFailure) {
+    return 10;
+  }
+  if (doc.GetVideoCount() != 3 || doc.GetCurrentIndex() != 2) return 11;
+  if (doc.GetUndoManager().GetCurrentStep() != step) return 12;
+  return 0;
+}
+
+// Runs `body` in a child process with a file size limit of `limit` bytes and SIGXFSZ ignored (so
+// that writes past the limit fail with EFBIG instead of killing the process); returns the
+// child's exit code, or 100 + the signal that killed it.
+int RunWithFileSizeLimit(rlim_t limit, const std::function<int()>& body) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit fileSize{limit, limit};
+    if (::setrlimit(RLIMIT_FSIZE, &fileSize) != 0) ::_exit(99);
+    // Nothing may leave the child but its exit code: an exception would run the rest of the
+    // test program in it.
+    try {
+      ::_exit(body());
+    } catch (...) {
+      ::_exit(98);
+    }
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
+}
+
+class SwapFaultTest : public testing::Test {
+ protected:
+  ioPath Swap() const { return dir_ / "swap"; }
+
+  TempDir dir_;
+};
+
+TEST_F(SwapFaultTest, FileSizeLimitDuringASwapFailsThePicturesNotTheDocument) {
+  const ioPath swap = Swap();
+  fs::create_directory(swap.native());
+  // The big picture (16 kB) does not fit under the limit; the small ones do.
+  const int result = RunWithFileSizeLimit(4096, [&swap] {
+    int check = 0;
+    {
+      auto doc = MakeDocument(swap);
+      Edit(*doc);
+      Save(*doc);
+      if (!(swap / "f0").exists() || (swap / "f1").exists()) return 50;  // never half written
+      check = CheckFailedDocument(*doc);
+    }
+    // A failed storage takes its swap directory with it.
+    return check != 0 ? check : swap.exists() ? 51 : 0;
+  });
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(SwapFaultTest, SwapDirectoryReplacedByAFileDuringASession) {
+  // Directory permissions do not bind root, so the directory is made unusable for everyone by
+  // putting a file in its place.
+  fs::create_directory(Swap().native());
+  auto doc = MakeDocument(Swap());
+  Edit(*doc);
+  fs::rename(Swap().native(), (dir_ / "moved").native());
+  std::ofstream(Swap().native()) << "not a directory";
+  Save(*doc);
+  EXPECT_EQ(CheckFailedDocument(*doc), 0);
+  doc.reset();
+  EXPECT_FALSE(Swap().exists());
+}
+
+TEST_F(SwapFaultTest, SwapDirectoryRemovedAfterThePicturesWentToDisk) {
+  fs::create_directory(Swap().native());
+  auto doc = MakeDocument(Swap());
+  Edit(*doc);
+  Save(*doc);  // every picture is on disk now, none in memory
+  EXPECT_FALSE(doc->GetFrameStorage().IsFailed());
+  fs::remove_all(Swap().native());
+  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
+  EXPECT_EQ(CheckFailedDocument(*doc), 0);
+}
+
+TEST_F(SwapFaultTest, ReadOnlySwapDirectoryFailsTheSave) {
+  if (::geteuid() == 0) GTEST_SKIP() << "permissions do not bind root (see the test above)";
+  fs::create_directory(Swap().native());
+  auto doc = MakeDocument(Swap());
+  Edit(*doc);
+  fs::permissions(Swap().native(), fs::perms::owner_read | fs::perms::owner_exec);
+  Save(*doc);
+  EXPECT_EQ(CheckFailedDocument(*doc), 0);
+}
+
+// ---- swap files damaged between saving and loading ----
+
+class DamagedSwapFileTest : public testing::Test {
+ protected:
+  // The sample session saved into a fresh directory, and the names of its swap files.
+  struct Saved {
+    TempDir dir;
+    std::string text;
+    std::vector<std::string> files;
+  };
+
+  static std::unique_ptr<Saved> SaveSession() {
+    auto saved = std::make_unique<Saved>();
+    for (const auto& document : WriteSampleDocuments(saved->dir.path())) {
+      if (document.name == "session") saved->text = document.text;
+    }
+    for (const auto& entry : fs::directory_iterator(saved->dir.path().native())) {
+      const std::string name = entry.path().filename().string();
+      // Only the files that this save names: no frame is ever renamed after its first save.
+      if (saved->text.find('"' + name + '"') != std::string::npos) saved->files.push_back(name);
+    }
+    std::sort(saved->files.begin(), saved->files.end());
+    return saved;
+  }
+
+  static ICanvaroUndoPtr Load(const Saved& saved) {
+    auto doc = MakeDocument(saved.dir.path());
+    doc->Deserialize(
+        Drevin::SerializerProperty::Create(Core::PropertySerializer::FromString(saved.text)));
+    return doc;
+  }
+};
+
+TEST_F(DamagedSwapFileTest, AnyMissingSwapFileFailsTheLoadWithTheSwapFileCode) {
+  const std::size_t count = SaveSession()->files.size();
+  ASSERT_GE(count, 5u);  // pictures, mask strokes, a shape's picture
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto saved = SaveSession();
+    SCOPED_TRACE(saved->files[i]);
+    fs::remove((saved->dir / saved->files[i]).native());
+    EXPECT_EQ(OutcomeOf([&] { Load(*saved); }), Outcome::SwapFileFailure);
+  }
+}
+
+TEST_F(DamagedSwapFileTest, AnyTruncatedSwapFileFailsOnlyWhatNeedsIt) {
+  const std::size_t count = SaveSession()->files.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto saved = SaveSession();
+    SCOPED_TRACE(saved->files[i]);
+    const fs::path file = (saved->dir / saved->files[i]).native();
+    fs::resize_file(file, fs::file_size(file) / 2);
+    // The load reads names, not pictures: it succeeds, and the damage shows when the picture is
+    // needed.
+    ICanvaroUndoPtr doc;
+    ASSERT_EQ(OutcomeOf([&] { doc = Load(*saved); }), Outcome::Done);
+    const Outcome used = OutcomeOf([&] { ExerciseDocument(*doc); });
+    EXPECT_TRUE(used == Outcome::Done || used == Outcome::SwapFileFailure) << used;
+    // What needs no picture still answers.
+    EXPECT_GE(doc->GetVideoCount(), 3u);
+    EXPECT_EQ(doc->GetVideoInfo(0).width, 8);
+    EXPECT_EQ(doc->GetSettings(0).GetEffectsSettings().GetPackage().GetName(), "Source");
+    EXPECT_GE(doc->GetShapeItemCount(ShapeType::All), 3u);
+  }
+}
+
+TEST_F(DamagedSwapFileTest, TruncatedPictureInForceFailsItsQueries) {
+  const auto saved = SaveSession();
+  auto probe = Load(*saved);
+  const Index frame = probe->GetUsedFrameIndexList().at(0);
+  const ioPath name = probe->GetFrameStorage().GetFileName(frame);
+  const Conf::FrameInfo geometry = probe->GetVideoInfo(kCurrent);
+  probe.reset();
+  fs::resize_file((saved->dir / name).native(), 20);  // the header only
+
+  auto doc = Load(*saved);
+  EXPECT_EQ(doc->GetVideoInfo(kCurrent), geometry);
+  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
+  // From then on the storage has failed: no picture is handed out, also ones still intact.
+  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(0); }), Outcome::SwapFileFailure);
+  EXPECT_EQ(doc->GetVideoInfo(kCurrent), geometry);
+  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 2u);
+}
+
+}  // namespace
