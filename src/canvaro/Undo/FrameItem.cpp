@@ -42,8 +42,43 @@ boost::exception_ptr CaptureSwapFileFailure() {
 }  // namespace
 
 FrameItem::FrameItem(const ioPath& swapDirectory, const Proc::IDataVideoPtr& frame)
-    : swapDirectory_(swapDirectory), frame_(frame) {
+    : swapDirectory_(swapDirectory) {
   if (frame) info_ = frame->GetFrameInfo();
+  SetFrameLocked(frame);  // no other thread knows the item yet
+}
+
+void FrameItem::SetFrameLocked(const Proc::IDataVideoPtr& frame) const {
+  frame_ = frame;
+  memorySize_.store(frame_ ? frame_->GetBufferSize() : 0, std::memory_order_relaxed);
+}
+
+void FrameItem::WriteLocked() const {
+  const Core::IDataOutputPtr out =
+      Core::DataOutputFile::Create(swapDirectory_ / fileName_, Core::DataOutputFile::Mode::Atomic);
+  {
+    const Proc::IDataVideoConstPtr picture = frame_;
+    CoreUtil::SaveRawFrame(picture, out);
+  }
+  // Closing explicitly: a full disk or a file size limit shows at the latest here.
+  out->Close();
+}
+
+void FrameItem::ReleaseFileLocked() {
+  if (fileName_.empty()) return;
+  if (published_) {
+    if (frame_ && !(swapDirectory_ / fileName_).exists()) {
+      try {
+        WriteLocked();
+      } catch (...) {
+        LOG(ERROR) << DescribeCurrentException();
+        ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+      }
+    }
+    published_ = false;
+  } else {
+    Core::RemoveFile(swapDirectory_ / fileName_);
+  }
+  fileName_ = ioPath();
 }
 
 bool FrameItem::CheckForSave(const ioPath& candidate) {
@@ -59,7 +94,7 @@ bool FrameItem::CheckForSave(const ioPath& candidate) {
       return false;
     }
     VLOG(30) << "Checking for save" << candidate << ": already saved as " << fileName_;
-    frame_.reset();
+    SetFrameLocked(nullptr);
     return false;
   }
   VLOG(30) << "Checking for save" << candidate << ": need save";
@@ -79,20 +114,13 @@ boost::exception_ptr FrameItem::Save() const {
   // Reset to a new picture after it was queued: the item is in memory only and has no file.
   if (fileName_.empty()) return {};
   try {
-    const Core::IDataOutputPtr out = Core::DataOutputFile::Create(
-        swapDirectory_ / fileName_, Core::DataOutputFile::Mode::Atomic);
-    {
-      const Proc::IDataVideoConstPtr picture = frame_;
-      CoreUtil::SaveRawFrame(picture, out);
-    }
-    // Closing explicitly: a full disk or a file size limit shows at the latest here.
-    out->Close();
-    frame_.reset();
+    WriteLocked();
+    SetFrameLocked(nullptr);
     VLOG(30) << "Saving " << fileName_ << " done";
     return {};
   } catch (...) {
     LOG(ERROR) << DescribeCurrentException();
-    frame_.reset();
+    SetFrameLocked(nullptr);
     return CaptureSwapFileFailure();
   }
 }
@@ -105,7 +133,9 @@ void FrameItem::LoadFrame() const {
       return;
     }
     VLOG(30) << "Trying to load " << fileName_;
-    CoreUtil::LoadRawFrame(frame_, Core::DataInputFile::Create(swapDirectory_ / fileName_));
+    Proc::IDataVideoPtr loaded;
+    CoreUtil::LoadRawFrame(loaded, Core::DataInputFile::Create(swapDirectory_ / fileName_));
+    SetFrameLocked(loaded);
     VLOG(30) << "Loading " << fileName_ << " done";
   } catch (...) {
     {
@@ -131,22 +161,16 @@ Proc::IDataVideoPtr FrameItem::Get() const {
 
 Proc::IDataVideoPtr FrameItem::Reset(const Proc::IDataVideoPtr& frame) {
   std::lock_guard lock(mutex_);
-  if (!fileName_.empty()) {
-    Core::RemoveFile(swapDirectory_ / fileName_);
-    fileName_ = ioPath();
-  }
+  ReleaseFileLocked();
   if (frame) info_ = frame->GetFrameInfo();
-  frame_ = frame;
+  SetFrameLocked(frame);
   return frame_;
 }
 
 void FrameItem::Drop() {
   std::lock_guard lock(mutex_);
-  if (!fileName_.empty()) {
-    Core::RemoveFile(swapDirectory_ / fileName_);
-    fileName_ = ioPath();
-  }
-  frame_.reset();
+  ReleaseFileLocked();
+  SetFrameLocked(nullptr);
 }
 
 ioPath FrameItem::GetFileName() const {
@@ -154,13 +178,14 @@ ioPath FrameItem::GetFileName() const {
   return fileName_;
 }
 
-std::size_t FrameItem::GetMemorySize() const {
-  std::lock_guard lock(mutex_);
-  return frame_ ? frame_->GetBufferSize() : 0;
-}
-
 void FrameItem::Serialize(const Drevin::ISerializerPtr& serializer) const {
-  serializer->WriteString(Conf::IFormatFile::TAG_FILENAME, GetFileName().utf8());
+  ioPath name;
+  {
+    std::lock_guard lock(mutex_);
+    name = fileName_;
+    if (!name.empty()) published_ = true;
+  }
+  serializer->WriteString(Conf::IFormatFile::TAG_FILENAME, name.utf8());
   serializer->WriteInt(Conf::IFormatCodecVideo::TAG_WIDTH, info_.width);
   serializer->WriteInt(Conf::IFormatCodecVideo::TAG_HEIGHT, info_.height);
   serializer->WriteInt(Conf::IFormatCodecVideo::TAG_ASPECTX, info_.aspectX);
@@ -178,6 +203,7 @@ void FrameItem::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
   {
     std::lock_guard lock(mutex_);
     fileName_ = name;
+    published_ = !name.empty();
   }
   if (!name.empty() && !(swapDirectory_ / name).exists()) {
     ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);

@@ -20,6 +20,7 @@
 // directory, which must outlive it.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <mutex>
 
@@ -56,14 +57,21 @@ class FrameItem : public Drevin::ISerializable {
 
   // Replaces the picture (deleting the swap file) and returns it; an empty `frame` keeps the
   // geometry. Throws Core::FileException when the file cannot be removed.
+  //
+  // A file that a saved document names (the item was written to or read from a record) is never
+  // deleted: the item only forgets it. If such a file is still waiting for the worker, it is
+  // written here first, so the saved document stays whole; that write throws CanvaroException
+  // (SwapFileFailure) when it fails.
   Proc::IDataVideoPtr Reset(const Proc::IDataVideoPtr& frame);
-  // Deletes the swap file and releases the picture: the item becomes dead.
+  // Deletes the swap file (with the same exception for files of saved documents) and releases
+  // the picture: the item becomes dead.
   void Drop();
 
   const Conf::FrameInfo& GetInfo() const { return info_; }
   ioPath GetFileName() const;
-  // Bytes of the picture's buffer while it is in memory, else 0.
-  std::size_t GetMemorySize() const;
+  // Bytes of the picture's buffer while it is in memory, else 0. Takes no lock, so it never
+  // waits for a save of this item that is under way.
+  std::size_t GetMemorySize() const { return memorySize_.load(std::memory_order_relaxed); }
 
   // The file name and the four geometry values.
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
@@ -72,11 +80,21 @@ class FrameItem : public Drevin::ISerializable {
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
  private:
+  // With the mutex held: sets the picture and its size.
+  void SetFrameLocked(const Proc::IDataVideoPtr& frame) const;
+  // With the mutex held: writes the picture to its file; throws on failure.
+  void WriteLocked() const;
+  // With the mutex held: lets go of the file, deleting it unless a saved document names it.
+  void ReleaseFileLocked();
+
   const ioPath& swapDirectory_;
   Conf::FrameInfo info_;
   mutable std::mutex mutex_;
   mutable Proc::IDataVideoPtr frame_;
   mutable ioPath fileName_;
+  // The file is named by a saved document (written to or read from a record).
+  mutable bool published_ = false;
+  mutable std::atomic<std::size_t> memorySize_{0};
 };
 
 }  // namespace Kelbra::Canvaro

@@ -54,6 +54,8 @@ Proc::IDataVideoPtr FrameStorage::Impl::Reset(Index index, const Proc::IDataVide
 }
 
 void FrameStorage::Impl::Truncate(Index count) {
+  // Never grows the list: a count beyond the end drops nothing.
+  if (count >= items_.size()) return;
   for (std::size_t i = count; i < items_.size(); ++i) {
     if (items_[i]) items_[i]->Drop();
   }

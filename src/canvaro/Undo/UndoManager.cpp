@@ -106,6 +106,11 @@ void UndoManager::Truncate() {
       if (static_cast<std::int64_t>(i) <= current_) active.insert(item);
     }
   }
+  // Participants of an open transaction belong to the step being built: their frames stay.
+  for (IMultiUndoItem* item : transactionItems_) {
+    all.insert(item);
+    active.insert(item);
+  }
   for (IMultiUndoItem* item : all) item->Truncate();
   Index last = kNoIndex;
   for (IMultiUndoItem* item : active) last = MaxIndex(last, item->GetLastActiveFrameIndex());
