@@ -16,6 +16,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -76,7 +77,8 @@ class SwapDirectory {
   std::map<std::string, std::string> files_;
 };
 
-const SwapDirectory* swapDirectory = nullptr;
+// Made once at start-up; removed with its files when the fuzzer exits normally.
+std::unique_ptr<const SwapDirectory> swapDirectory;
 
 void LoadAndExercise(std::string_view text) {
   const Core::Property tree = Core::PropertySerializer::FromString(text);
@@ -90,7 +92,7 @@ void LoadAndExercise(std::string_view text) {
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   FLAGS_minloglevel = google::GLOG_FATAL;
-  swapDirectory = new SwapDirectory();
+  swapDirectory = std::make_unique<const SwapDirectory>();
   return 0;
 }
 

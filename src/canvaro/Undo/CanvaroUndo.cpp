@@ -192,8 +192,15 @@ void CanvaroUndo::Truncate() {
 
 Index CanvaroUndo::GetLastActiveFrameIndex() const {
   const MaskUndo* mask = CurrentMask();
-  return MaxIndex(GetLastActiveFrameIndexImpl(),
-                  mask != nullptr ? mask->GetLastActiveFrameIndexImpl() : kNoIndex);
+  Index last = MaxIndex(GetLastActiveFrameIndexImpl(),
+                        mask != nullptr ? mask->GetLastActiveFrameIndexImpl() : kNoIndex);
+  // Every shape item answers queries on its states up to the one in force, also an item that no
+  // remaining step names (placed in a step that was undone and dropped, or in a rolled-back
+  // transaction: its hidden first state keeps the picture). Their pictures must stay.
+  for (std::size_t i = 0; i < shapes_->GetItemCount(); ++i) {
+    last = MaxIndex(last, shapes_->GetItem(i).GetLastActiveFrameIndexImpl());
+  }
+  return last;
 }
 
 // ---- events ----

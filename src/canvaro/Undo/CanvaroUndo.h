@@ -113,8 +113,8 @@ class CanvaroUndo final : public ICanvaroUndo,
   std::string GetMultiName() const override { return kMultiName; }
   // Drops the redo tail of the settings history and of the current item's mask history.
   void Truncate() override;
-  // The highest picture index still used by the items up to the one in force and by the strokes
-  // of its mask.
+  // The highest picture index still used by the items up to the one in force, by the strokes of
+  // its mask and by the states of every shape item up to the one in force.
   Index GetLastActiveFrameIndex() const override;
 
   // ---- observers and saved state ----

@@ -234,8 +234,9 @@ TEST_F(CanvaroUndoEditTest, AddAfterUndoDropsEveryRedoTailAndItsFrames) {
   const Index framesOfOneStep = doc->GetFrameStorage().GetCount();
   doc->Add(Settings("Brush"), Picture(2), nullptr, NoMask());
   doc->SetShape(Line(), Picture(9, 2, 2));
+  const Index shapeFrame = doc->GetShapeItemVideoIndex(0, ICanvaroUndo::kCurrentItem);
   doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3));
-  ASSERT_GT(doc->GetFrameStorage().GetCount(), 2 * framesOfOneStep);
+  ASSERT_GT(doc->GetFrameStorage().GetCount(), shapeFrame + 1);
 
   doc->Undo();
   doc->Undo();
@@ -247,9 +248,12 @@ TEST_F(CanvaroUndoEditTest, AddAfterUndoDropsEveryRedoTailAndItsFrames) {
   EXPECT_FALSE(doc->IsRedoEnabled());
   EXPECT_EQ(doc->GetVideoCount(), 2u);
   EXPECT_EQ(doc->GetSettings(1).GetEffectsSettings().GetPackage().GetName(), "Other");
-  // The frames of the discarded step, shape picture and stroke are gone.
-  EXPECT_EQ(doc->GetFrameStorage().GetCount(), 2 * framesOfOneStep);
+  // The frames after the shape's picture (the stroke's) are gone. The picture stays: the shape's
+  // hidden first state still shows it, and the storage drops only a tail.
+  EXPECT_EQ(doc->GetFrameStorage().GetCount(), shapeFrame + 1 + framesOfOneStep);
   EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 0u);
+  EXPECT_EQ(Pixels(doc->GetShapeItemVideo(0, ICanvaroUndo::kCurrentItem)),
+            Pixels(Picture(9, 2, 2)));
   EXPECT_EQ(Pixels(doc->GetVideo(1)), Pixels(Picture(3)));
   EXPECT_EQ(Pixels(doc->GetVideo(0)), Pixels(Picture(1)));
 }
