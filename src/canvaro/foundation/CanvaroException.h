@@ -26,6 +26,14 @@ namespace Kelbra::Canvaro {
 enum class CanvaroError : std::int32_t {
   // A frame's swap file could not be written or read, or a loaded record names a missing file.
   SwapFileFailure = 1,
+  // A call was refused before it changed anything: an index out of range, an empty handle, a
+  // picture of the wrong format or size, a value outside its table.
+  InvalidArgument = 2,
+  // A saved document (or one of its records) is damaged or inconsistent and cannot be loaded.
+  InvalidDocument = 3,
+  // The call cannot be made in the document's present state (for example, saving pictures
+  // without a swap directory).
+  InvalidState = 4,
 };
 
 // The error-info record of the code: boost::get_error_info<TagCanvaroErrorCode>(e) yields a
