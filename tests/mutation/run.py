@@ -1,0 +1,143 @@
+#!/usr/bin/env python3
+"""Applies deliberate faults to the library, one at a time, and runs a test suite against each.
+
+A fault is caught when the suite fails with it applied. Suites can be taken from any commit
+(only tests/ and fuzz/ come from it; the library is always this checkout's HEAD), so that a
+change to the tests can show that every fault the old tests caught is still caught:
+
+    python3 tests/mutation/run.py --suite old=<commit-before> --suite new=HEAD
+
+Each suite is built once in a scratch worktree under the build root (ccache speeds up the
+per-fault rebuilds when it is installed). Prints one line per fault and suite, then a table;
+exits with status 1 when the last suite misses a fault that an earlier suite caught, or when a
+fault no longer applies to the library's code.
+"""
+import argparse
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = subprocess.run(["git", "-C", HERE, "rev-parse", "--show-toplevel"], check=True,
+                      capture_output=True, text=True).stdout.strip()
+
+
+def run(cmd, cwd=None, timeout=None):
+    return subprocess.run(cmd, cwd=cwd, capture_output=True, text=True, timeout=timeout)
+
+
+def prepare_suite(name, ref, build_root):
+    tree = os.path.join(build_root, name)
+    if os.path.exists(tree):
+        run(["git", "-C", ROOT, "worktree", "remove", "--force", tree])
+        shutil.rmtree(tree, ignore_errors=True)
+    subprocess.run(["git", "-C", ROOT, "worktree", "add", "--detach", "-q", tree, "HEAD"],
+                   check=True)
+    if ref != "HEAD":
+        for folder in ("tests", "fuzz"):
+            shutil.rmtree(os.path.join(tree, folder), ignore_errors=True)
+            subprocess.run(["git", "-C", tree, "checkout", ref, "--", folder], check=True)
+        # The fault list and this script always come from HEAD.
+        subprocess.run(["git", "-C", tree, "checkout", "HEAD", "--", "tests/mutation"],
+                       check=True)
+    build = os.path.join(tree, "build")
+    env_args = []
+    if shutil.which("ccache"):
+        env_args = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"]
+    configure = run(["cmake", "-S", tree, "-B", build, "-G", "Ninja",
+                     "-DCANVARO_BUILD_BENCHMARKS=OFF"] + env_args)
+    if configure.returncode != 0:
+        sys.exit(f"{name}: configure failed\n{configure.stderr}")
+    return tree, build
+
+
+def build_and_test(build, timeout):
+    built = run(["cmake", "--build", build], timeout=3600)
+    if built.returncode != 0:
+        return "no-build", built.stdout[-2000:]
+    # The installed-package test builds a whole consumer project; it checks packaging, not the
+    # library's behaviour, so it is left out here.
+    tested = run(["ctest", "-j2", "--timeout", str(timeout), "-E", "^InstalledPackage\\."],
+                 cwd=build, timeout=3600)
+    return ("passed" if tested.returncode == 0 else "failed"), tested.stdout[-2000:]
+
+
+def apply_fault(tree, fault):
+    path = os.path.join(tree, fault["file"])
+    with open(path, encoding="utf-8") as f:
+        text = f.read()
+    count = text.count(fault["find"])
+    if count != 1:
+        return None, f"'find' text occurs {count} times in {fault['file']}"
+    with open(path, "w", encoding="utf-8") as f:
+        f.write(text.replace(fault["find"], fault["replace"]))
+    return text, None
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--suite", action="append", default=[],
+                        help="NAME=REF: tests/ and fuzz/ taken from commit REF (default now=HEAD)")
+    parser.add_argument("--only", default="", help="comma-separated fault ids")
+    parser.add_argument("--faults", default=os.path.join(HERE, "faults.json"))
+    parser.add_argument("--build-root", default=os.path.join(tempfile.gettempdir(),
+                                                             "canvaro-mutation"))
+    parser.add_argument("--timeout", type=int, default=300, help="seconds per test")
+    args = parser.parse_args()
+
+    with open(args.faults, encoding="utf-8") as f:
+        faults = json.load(f)
+    if args.only:
+        wanted = set(args.only.split(","))
+        faults = [fault for fault in faults if fault["id"] in wanted]
+    suites = [s.split("=", 1) for s in (args.suite or ["now=HEAD"])]
+    os.makedirs(args.build_root, exist_ok=True)
+
+    results = {}
+    broken = False
+    for name, ref in suites:
+        tree, build = prepare_suite(name, ref, args.build_root)
+        state, log = build_and_test(build, args.timeout)
+        if state != "passed":
+            sys.exit(f"{name}: the suite does not pass without faults ({state})\n{log}")
+        for fault in faults:
+            original, problem = apply_fault(tree, fault)
+            if problem:
+                verdict = "does not apply: " + problem
+                broken = True
+            else:
+                try:
+                    state, _ = build_and_test(build, args.timeout)
+                except subprocess.TimeoutExpired:
+                    state = "failed"
+                verdict = {"failed": "caught", "passed": "MISSED",
+                           "no-build": "does not build"}[state]
+                if state == "no-build":
+                    broken = True
+                with open(os.path.join(tree, fault["file"]), "w", encoding="utf-8") as f:
+                    f.write(original)
+            results[(fault["id"], name)] = verdict
+            print(f"{name:>8}  {fault['id']:<28} {verdict}", flush=True)
+        build_and_test(build, args.timeout)  # leaves the tree built without faults
+
+    names = [name for name, _ in suites]
+    print("\n" + f"{'fault':<28} " + " ".join(f"{n:>10}" for n in names) + "  what")
+    regressions = []
+    for fault in faults:
+        row = [results[(fault["id"], n)] for n in names]
+        print(f"{fault['id']:<28} " + " ".join(f"{v.split(':')[0]:>10}" for v in row) +
+              f"  {fault['what']}")
+        if len(row) > 1 and "caught" in row[:-1] and row[-1] != "caught":
+            regressions.append(fault["id"])
+    caught = sum(results[(f["id"], names[-1])] == "caught" for f in faults)
+    print(f"\n{names[-1]}: {caught} of {len(faults)} faults caught")
+    if regressions:
+        print("caught before, missed now: " + ", ".join(regressions))
+    return 1 if regressions or broken else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
