@@ -30,8 +30,7 @@ namespace fs = std::filesystem;
 
 // The kept inputs of one fuzz target, in name order.
 std::vector<fs::path> Regressions(const std::string& target) {
-  const fs::path dir =
-      fs::path(__FILE__).parent_path() / ".." / ".." / ".." / "fuzz" / "regressions" / target;
+  const fs::path dir = fs::path(CANVARO_SOURCE_DIR) / "fuzz" / "regressions" / target;
   std::vector<fs::path> files;
   if (!fs::exists(dir)) return files;
   for (const auto& entry : fs::directory_iterator(dir)) files.push_back(entry.path());
