@@ -38,9 +38,9 @@ TEST(ExceptionTest, AddStackAttachesAReadableMultiLineStack) {
   try {
     ThrowFromHelper();
   } catch (const Kelbra::Exception& e) {
-    const std::string* attached = boost::get_error_info<Kelbra::TagCallStack>(e);
+    const Kelbra::CallStack* attached = boost::get_error_info<Kelbra::TagCallStack>(e);
     ASSERT_NE(attached, nullptr);
-    EXPECT_THAT(*attached, HasSubstr("ThrowFromHelper"));
+    EXPECT_THAT(attached->str(), HasSubstr("ThrowFromHelper"));
   }
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 [[noreturn]] void ThrowUndefinedOperation(const boost::source_location& where) {
   boost::throw_exception(boost::enable_error_info(std::logic_error("Undefined operation"))
-                             << TagCallStack(GetCallStack()),
+                             << TagCallStack(CallStack()),
                          where);
 }
 

@@ -11,6 +11,7 @@
 
 #include "canvaro/Undo/ShapeUndo.h"
 #include "canvaro/Undo/UndoManager.h"
+#include "canvaro/foundation/Throw.h"
 #include "canvaro/foundation/ToolsId.h"
 
 namespace Kelbra::Canvaro {
@@ -37,7 +38,43 @@ bool CanRedoStroke(const MaskUndo* mask) {
 }
 
 [[noreturn]] void ThrowUnusable(const std::string& what) {
-  boost::throw_exception(CanvaroException() << TagDescription(what), BOOST_CURRENT_LOCATION);
+  ThrowCoded(CanvaroError::InvalidState, what, BOOST_CURRENT_LOCATION);
+}
+
+// Refuses a step's first mask picture that its mask history could not take, before anything
+// changes: one byte per pixel, and the size of the step's picture when there is one.
+void CheckStepMask(const Proc::IDataVideoPtr& frame, const Proc::IDataVideoPtr& mask,
+                   const char* operation) {
+  if (!mask) return;
+  if (mask->GetPixFmt() != Proc::PixFmt::Gray8) {
+    ThrowCoded(CanvaroError::InvalidArgument,
+               std::string(operation) + ": a mask picture must have one byte per pixel (Gray8)",
+               BOOST_CURRENT_LOCATION);
+  }
+  if (!frame) return;
+  const Conf::FrameInfo& picture = frame->GetFrameInfo();
+  const Conf::FrameInfo& given = mask->GetFrameInfo();
+  if (picture.width != given.width || picture.height != given.height) {
+    ThrowCoded(CanvaroError::InvalidArgument,
+               std::string(operation) + ": a mask of " + std::to_string(given.width) + "x" +
+                   std::to_string(given.height) + " does not fit a picture of " +
+                   std::to_string(picture.width) + "x" + std::to_string(picture.height),
+               BOOST_CURRENT_LOCATION);
+  }
+}
+
+// Refuses settings that could not be saved: a tool outside the tool table.
+void CheckSettings(const SettingsCore& settings, const char* operation) {
+  const IToolsId::Value tool =
+      settings.GetEffectsSettings().GetPackage().GetCurrentToolID();
+  try {
+    IToolsId::GetToolName(tool);
+  } catch (const CanvaroException&) {
+    ThrowCoded(CanvaroError::InvalidArgument,
+               std::string(operation) + ": the settings' tool value " +
+                   std::to_string(static_cast<int>(tool)) + " is not a known tool",
+               BOOST_CURRENT_LOCATION);
+  }
 }
 
 }  // namespace
@@ -91,6 +128,8 @@ std::shared_ptr<MaskUndo> CanvaroUndo::MakeMask(const Proc::IDataVideoPtr& frame
 
 bool CanvaroUndo::PushWithMask(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
                                const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+  CheckSettings(settings, "Add");
+  CheckStepMask(frame, maskPicture, "Add");
   manager_->Truncate();
   const Index frameIndex = storage_.AddFrame(frame);
   std::shared_ptr<MaskUndo> mask = MakeMask(frame, maskPicture, maskInfo);
@@ -102,25 +141,81 @@ bool CanvaroUndo::PushWithMask(const SettingsCore& settings, const Proc::IDataVi
   return GetItemCount() >= 2;
 }
 
-void CanvaroUndo::Add(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
-                      const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+void CanvaroUndo::Add(const SettingsCore& givenSettings, const Proc::IDataVideoPtr& givenFrame,
+                      const Proc::IDataVideoPtr& givenMask, const MaskInfo& givenMaskInfo) {
+  // Copies first: the arguments may be the document's own records (GetSettings, GetMaskInfo of
+  // a redo item), which the truncation drops.
+  const SettingsCore settings = givenSettings;
+  const Proc::IDataVideoPtr frame = givenFrame;
+  const Proc::IDataVideoPtr maskPicture = givenMask;
+  const MaskInfo maskInfo = givenMaskInfo;
   // The source picture (the first push) is not a change the host needs to hear of.
   if (PushWithMask(settings, frame, maskPicture, maskInfo))
     Notify(Events::EventFrameReason::Change);
   CheckForSize();
 }
 
-void CanvaroUndo::Set(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
-                      const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+void CanvaroUndo::Set(const SettingsCore& givenSettings, const Proc::IDataVideoPtr& givenFrame,
+                      const Proc::IDataVideoPtr& givenMask, const MaskInfo& givenMaskInfo) {
+  const SettingsCore settings = givenSettings;
+  const Proc::IDataVideoPtr frame = givenFrame;
+  const Proc::IDataVideoPtr maskPicture = givenMask;
+  const MaskInfo maskInfo = givenMaskInfo;
   CurrentItem("Set");
+  CheckSettings(settings, "Set");
+  CheckStepMask(frame, maskPicture, "Set");
   const Index frameIndex = storage_.AddFrame(frame);
   std::shared_ptr<MaskUndo> mask = MakeMask(frame, maskPicture, maskInfo);
   Item& item = CurrentItem("Set");
+  const Index replacedFrame = item.GetFrameIndex();
+  std::shared_ptr<MaskUndo> replacedMask = item.GetMask();
   item.SetInfo(settings);
   item.SetMask(mask);
   item.SetFrameIndex(frameIndex);
+  ReleaseReplaced(replacedFrame, std::move(replacedMask));
   Notify(Events::EventFrameReason::Change);
   CheckForSize();
+}
+
+void CanvaroUndo::ReleaseReplaced(Index frame, std::shared_ptr<MaskUndo> mask) {
+  // Frames that nothing else names: another item or a shape state may share one only in a
+  // loaded document, and then it stays.
+  std::vector<Index> frames;
+  if (frame != kNoIndex) frames.push_back(frame);
+  if (mask != nullptr && mask.use_count() == 1) {
+    for (Index i = 0; i < mask->GetItemCount(); ++i) {
+      if (mask->Get(i).GetFrameIndex() != kNoIndex) frames.push_back(mask->Get(i).GetFrameIndex());
+    }
+  }
+  mask.reset();
+  for (const Index index : frames) {
+    if (IsFrameNamed(index)) continue;
+    try {
+      storage_.Reset(index, nullptr);
+    } catch (const std::exception& e) {
+      // The step is already replaced; a file that cannot be removed only costs disk space.
+      LOG(WARNING) << "Cannot release replaced picture " << index << ": " << e.what();
+    }
+  }
+}
+
+bool CanvaroUndo::IsFrameNamed(Index frame) const {
+  for (Index i = 0; i < GetItemCount(); ++i) {
+    const Item& item = Get(i);
+    if (item.GetFrameIndex() == frame) return true;
+    if (const MaskUndo* mask = item.GetMask().get()) {
+      for (Index k = 0; k < mask->GetItemCount(); ++k) {
+        if (mask->Get(k).GetFrameIndex() == frame) return true;
+      }
+    }
+  }
+  for (std::size_t i = 0; i < shapes_->GetItemCount(); ++i) {
+    const ShapeUndoItem& shape = shapes_->GetItem(i);
+    for (Index k = 0; k < shape.GetItemCount(); ++k) {
+      if (shape.Get(k).GetFrameIndex() == frame) return true;
+    }
+  }
+  return false;
 }
 
 // ---- masks ----
@@ -132,10 +227,14 @@ void CanvaroUndo::AddMask(const Proc::IDataVideoPtr& maskPicture) {
   AddMask(maskPicture, info);
 }
 
-void CanvaroUndo::AddMask(const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) {
+void CanvaroUndo::AddMask(const Proc::IDataVideoPtr& givenMask, const MaskInfo& givenInfo) {
+  const Proc::IDataVideoPtr maskPicture = givenMask;
+  const MaskInfo maskInfo = givenInfo;
   if (CurrentItem("AddMask").GetMask() == nullptr) {
     ThrowUnusable("AddMask: the step in force has no mask history");
   }
+  // A stroke that would record nothing leaves the redo steps alone.
+  if (!CurrentItem("AddMask").GetMask()->CanPush(maskInfo, maskPicture)) return;
   manager_->Truncate();
   // Truncation keeps the item in force, and with it its mask history.
   if (!CurrentItem("AddMask").GetMask()->PushMask(maskInfo, maskPicture)) return;
@@ -256,7 +355,15 @@ void CanvaroUndo::SetSaved(bool saved) {
 // ---- items ----
 
 const CanvaroUndo::Item& CanvaroUndo::ItemAt(unsigned item) const {
-  if (item != kCurrentItem) return Get(item);
+  if (item != kCurrentItem) {
+    if (item >= GetItemCount()) {
+      ThrowCoded(CanvaroError::InvalidArgument,
+                 "Item " + std::to_string(item) + " does not exist (the document has " +
+                     std::to_string(GetItemCount()) + ")",
+                 BOOST_CURRENT_LOCATION);
+    }
+    return Get(item);
+  }
   if (GetItemCount() == 0) ThrowUnusable("The document has no step in force yet");
   return Get(GetCurrentIndexImpl());
 }

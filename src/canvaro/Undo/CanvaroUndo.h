@@ -144,6 +144,10 @@ class CanvaroUndo final : public ICanvaroUndo,
 
   // Stores the step (after dropping every redo step) and makes it a step of the manager; true
   // when the document now holds at least two items.
+  // Releases the pictures of a replaced step (its picture and its mask history's) that no item
+  // or shape state names any more.
+  void ReleaseReplaced(Index frame, std::shared_ptr<MaskUndo> mask);
+  bool IsFrameNamed(Index frame) const;
   bool PushWithMask(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
                     const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo);
   // A mask history for a step showing `frame`.

@@ -13,6 +13,7 @@
 #include <boost/throw_exception.hpp>
 
 #include "canvaro/Undo/CanvaroUndo.h"
+#include "canvaro/foundation/Throw.h"
 #include "canvaro/Undo/ShapeUndo.h"
 
 namespace Kelbra::Canvaro {
@@ -43,11 +44,10 @@ void CanvaroUndo::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
   for (Index i = 0; i < GetItemCount(); ++i) {
     const Index frame = Get(i).GetFrameIndex();
     if (frame != kNoIndex && frame >= savedFrames) {
-      boost::throw_exception(
-          CanvaroException() << TagDescription(
-              "Saved step " + std::to_string(i) + " names picture " + std::to_string(frame) +
-              ", but only " + std::to_string(savedFrames) + " pictures were saved"),
-          BOOST_CURRENT_LOCATION);
+      ThrowCoded(CanvaroError::InvalidDocument,
+                 "Saved step " + std::to_string(i) + " names picture " + std::to_string(frame) +
+                     ", but only " + std::to_string(savedFrames) + " pictures were saved",
+                 BOOST_CURRENT_LOCATION);
     }
   }
   if (serializer->Has(kShape)) serializer->ReadObject(kShape, *shapes_);

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <utility>
 
 #include <glog/logging.h>
 
@@ -9,6 +10,7 @@
 #include "canvaro/foundation/Throw.h"
 #include "kelbra/Conf/IFormatCodecVideo.h"
 #include "kelbra/Conf/IFormatFile.h"
+#include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/DataFile.h"
 #include "kelbra/Core/FileSystem.h"
 #include "kelbra/Exception.h"
@@ -31,15 +33,30 @@ std::string DescribeCurrentException() {
   }
 }
 
-boost::exception_ptr CaptureSwapFileFailure() {
+boost::exception_ptr CaptureSwapFileFailure(const std::string& description) {
   try {
-    ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+    ThrowCoded(CanvaroError::SwapFileFailure, description, BOOST_CURRENT_LOCATION);
   } catch (...) {
     return boost::current_exception();
   }
 }
 
+// Logs the exception being handled and throws the swap-file failure that reports it. Call only
+// inside a catch block.
+[[noreturn]] void ThrowSwapFileFailure(const std::string& what, const ioPath& file,
+                                       const boost::source_location& where) {
+  const std::string cause = DescribeCurrentException();
+  LOG(ERROR) << cause;
+  ThrowCoded(CanvaroError::SwapFileFailure, what + " '" + file.utf8() + "': " + cause, where);
+}
+
 }  // namespace
+
+bool IsPlainFileName(const ioPath& name) {
+  const std::string text = name.utf8();
+  return !text.empty() && text != "." && text != ".." && text.find('/') == std::string::npos &&
+         text.find('\0') == std::string::npos;
+}
 
 FrameItem::FrameItem(const ioPath& swapDirectory, const Proc::IDataVideoPtr& frame)
     : swapDirectory_(swapDirectory) {
@@ -70,8 +87,8 @@ void FrameItem::ReleaseFileLocked() {
       try {
         WriteLocked();
       } catch (...) {
-        LOG(ERROR) << DescribeCurrentException();
-        ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+        ThrowSwapFileFailure("Cannot write swap file", swapDirectory_ / fileName_,
+                             BOOST_CURRENT_LOCATION);
       }
     }
     published_ = false;
@@ -119,9 +136,11 @@ boost::exception_ptr FrameItem::Save() const {
     VLOG(30) << "Saving " << fileName_ << " done";
     return {};
   } catch (...) {
-    LOG(ERROR) << DescribeCurrentException();
+    const std::string cause = DescribeCurrentException();
+    LOG(ERROR) << cause;
     SetFrameLocked(nullptr);
-    return CaptureSwapFileFailure();
+    return CaptureSwapFileFailure("Cannot write swap file '" + (swapDirectory_ / fileName_).utf8() +
+                                  "': " + cause);
   }
 }
 
@@ -135,15 +154,24 @@ void FrameItem::LoadFrame() const {
     VLOG(30) << "Trying to load " << fileName_;
     Proc::IDataVideoPtr loaded;
     CoreUtil::LoadRawFrame(loaded, Core::DataInputFile::Create(swapDirectory_ / fileName_));
+    // The record's geometry is what queries report while the picture is on disk; a file that
+    // disagrees with it is not the picture the record describes.
+    const Conf::FrameInfo read = loaded != nullptr ? loaded->GetFrameInfo() : Conf::FrameInfo{};
+    if (read.width != info_.width || read.height != info_.height) {
+      throw Core::CoreException("the file holds a " + std::to_string(read.width) + " x " +
+                                std::to_string(read.height) + " picture where its record says " +
+                                std::to_string(info_.width) + " x " +
+                                std::to_string(info_.height));
+    }
     SetFrameLocked(loaded);
     VLOG(30) << "Loading " << fileName_ << " done";
   } catch (...) {
+    ioPath file;
     {
       std::lock_guard lock(mutex_);
-      fileName_ = ioPath();
+      file = std::exchange(fileName_, ioPath());
     }
-    LOG(ERROR) << DescribeCurrentException();
-    ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+    ThrowSwapFileFailure("Cannot read swap file", swapDirectory_ / file, BOOST_CURRENT_LOCATION);
   }
 }
 
@@ -193,20 +221,38 @@ void FrameItem::Serialize(const Drevin::ISerializerPtr& serializer) const {
 }
 
 void FrameItem::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
-  ioPath name(serializer->ReadString(Conf::IFormatFile::TAG_FILENAME, GetFileName().utf8()));
+  const std::string stored =
+      serializer->ReadString(Conf::IFormatFile::TAG_FILENAME, GetFileName().utf8());
+  ioPath name(stored);
   // A record that holds a full path is bound to this storage's directory.
-  if (name.has_parent_path()) name = name.filename();
-  info_.width = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_WIDTH, info_.width);
-  info_.height = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_HEIGHT, info_.height);
-  info_.aspectX = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_ASPECTX, info_.aspectX);
-  info_.aspectY = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_ASPECTY, info_.aspectY);
+  if (name.has_parent_path() || stored.ends_with('/')) name = name.filename();
+  if (!stored.empty() && !IsPlainFileName(name)) {
+    ThrowCoded(CanvaroError::InvalidDocument,
+               "Frame record names '" + stored + "', which is not the name of a file",
+               BOOST_CURRENT_LOCATION);
+  }
+  Conf::FrameInfo info = info_;
+  info.width = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_WIDTH, info.width);
+  info.height = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_HEIGHT, info.height);
+  info.aspectX = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_ASPECTX, info.aspectX);
+  info.aspectY = serializer->ReadInt(Conf::IFormatCodecVideo::TAG_ASPECTY, info.aspectY);
+  if (info.width < 0 || info.height < 0) {
+    ThrowCoded(CanvaroError::InvalidDocument,
+               "Frame record of '" + stored + "' has a negative size " +
+                   std::to_string(info.width) + " x " + std::to_string(info.height),
+               BOOST_CURRENT_LOCATION);
+  }
+  info_ = info;
   {
     std::lock_guard lock(mutex_);
     fileName_ = name;
     published_ = !name.empty();
   }
   if (!name.empty() && !(swapDirectory_ / name).exists()) {
-    ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+    ThrowCoded(CanvaroError::SwapFileFailure,
+               "Swap file '" + (swapDirectory_ / name).utf8() +
+                   "' named by the saved document does not exist",
+               BOOST_CURRENT_LOCATION);
   }
 }
 

@@ -33,6 +33,9 @@
 
 namespace Kelbra::Canvaro {
 
+// Whether `name` can name a file inside a folder: not empty, not "." or "..", no separator.
+bool IsPlainFileName(const ioPath& name);
+
 class FrameItem : public Drevin::ISerializable {
  public:
   // An item holding `frame` (may be empty) and, when present, a copy of its geometry.
@@ -49,7 +52,8 @@ class FrameItem : public Drevin::ISerializable {
   // SwapFileFailure) or an empty pointer. A failed save releases the picture too.
   boost::exception_ptr Save() const;
   // Reads the picture back from its file and keeps it (and the file name). Throws
-  // CanvaroException (SwapFileFailure) on failure, after clearing the file name.
+  // CanvaroException (SwapFileFailure, naming the file and the cause) on failure, also when the
+  // file's picture is not of the recorded size, after clearing the file name.
   void LoadFrame() const;
   // The picture, loaded from the file when it is on disk only; empty for a dead item. Throws as
   // LoadFrame.
@@ -75,8 +79,9 @@ class FrameItem : public Drevin::ISerializable {
 
   // The file name and the four geometry values.
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
-  // Reads them back, keeping only the last component of the name. Throws CanvaroException
-  // (SwapFileFailure) when the named file does not exist in the swap directory.
+  // Reads them back, keeping only the last component of the name. Throws CanvaroException:
+  // InvalidDocument for a name that is not a plain file name ("." or "..") or a negative size
+  // (the item is then unchanged), SwapFileFailure when the named file does not exist.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
  private:

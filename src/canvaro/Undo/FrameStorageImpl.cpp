@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
+#include <string>
 
 #include <glog/logging.h>
 
@@ -26,8 +28,42 @@ FrameStorage::Impl::~Impl() {
     wakeCondition_.notify_one();
   }
   worker_.join();
-  // A storage that never failed keeps its files: saved documents refer to them.
-  if (failed_.load()) Core::RemoveDir(swapDirectory_);
+  // A storage that never failed keeps its files: saved documents refer to them. A folder that
+  // cannot be removed (read-only file system, an entry that cannot be deleted) stays.
+  if (failed_.load() && !swapDirectory_.empty()) {
+    try {
+      Core::RemoveDir(swapDirectory_);
+    } catch (const std::exception& e) {
+      LOG(ERROR) << "Cannot remove the swap directory of a failed storage: " << e.what();
+    } catch (...) {
+      LOG(ERROR) << "Cannot remove the swap directory of a failed storage: Unknown error";
+    }
+  }
+}
+
+const std::shared_ptr<FrameItem>& FrameStorage::Impl::ItemAt(Index index,
+                                                             const char* operation) const {
+  if (index >= items_.size() || items_[index] == nullptr) {
+    ThrowCoded(CanvaroError::InvalidArgument,
+               std::string(operation) + ": frame " + std::to_string(index) +
+                   " does not exist (the storage holds " + std::to_string(items_.size()) +
+                   " frames)",
+               BOOST_CURRENT_LOCATION);
+  }
+  return items_[index];
+}
+
+void FrameStorage::Impl::Fail(const std::string& cause) const {
+  {
+    std::lock_guard lock(failureMutex_);
+    if (failure_.empty()) failure_ = cause;
+  }
+  failed_.exchange(true);
+}
+
+std::string FrameStorage::Impl::FailureText() const {
+  std::lock_guard lock(failureMutex_);
+  return failure_;
 }
 
 Index FrameStorage::Impl::AddFrame(const Proc::IDataVideoPtr& frame) {
@@ -36,21 +72,27 @@ Index FrameStorage::Impl::AddFrame(const Proc::IDataVideoPtr& frame) {
 }
 
 Proc::IDataVideoPtr FrameStorage::Impl::GetFrame(Index index) const {
-  if (failed_.load()) ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
+  const auto& item = ItemAt(index, "GetFrame");
+  if (failed_.load()) {
+    ThrowCoded(CanvaroError::SwapFileFailure,
+               "The document's swap storage has failed, so its pictures cannot be read (" +
+                   FailureText() + ")",
+               BOOST_CURRENT_LOCATION);
+  }
   try {
-    return items_[index]->Get();
-  } catch (...) {
-    failed_.exchange(true);
+    return item->Get();
+  } catch (const std::exception& e) {
+    Fail(e.what());
     throw;
   }
 }
 
 const Conf::FrameInfo& FrameStorage::Impl::GetFrameInfo(Index index) const {
-  return items_[index]->GetInfo();
+  return ItemAt(index, "GetFrameInfo")->GetInfo();
 }
 
 Proc::IDataVideoPtr FrameStorage::Impl::Reset(Index index, const Proc::IDataVideoPtr& frame) {
-  return items_[index]->Reset(frame);
+  return ItemAt(index, "Reset")->Reset(frame);
 }
 
 void FrameStorage::Impl::Truncate(Index count) {
@@ -83,12 +125,28 @@ void FrameStorage::Impl::Swap(const std::vector<Index>& indices) const {
 }
 
 void FrameStorage::Impl::SwapExcept(const std::vector<Index>& keep) const {
-  Batch batch;
+  std::vector<Index> candidates;
+  bool needsFile = false;
   for (std::size_t i = 0; i < items_.size(); ++i) {
     if (std::find(keep.begin(), keep.end(), static_cast<Index>(i)) != keep.end()) continue;
-    // One name per candidate, used or not: the generator sees every frame that was considered.
-    const ioPath candidate(nameGenerator_());
-    if (items_[i] && items_[i]->CheckForSave(candidate)) batch.push_back(items_[i]);
+    candidates.push_back(static_cast<Index>(i));
+    if (items_[i] && items_[i]->GetFileName().empty() && items_[i]->GetMemorySize() > 0) {
+      needsFile = true;
+    }
+  }
+  if (needsFile && swapDirectory_.empty()) {
+    ThrowCoded(CanvaroError::InvalidState,
+               "Pictures cannot be written to swap files: the document was made without a swap "
+               "directory",
+               BOOST_CURRENT_LOCATION);
+  }
+  // All names are drawn before any is assigned, so that a generator that throws leaves every
+  // frame as it was.
+  const std::vector<ioPath> names = DrawNames(candidates.size());
+  Batch batch;
+  for (std::size_t k = 0; k < candidates.size(); ++k) {
+    const auto& item = items_[candidates[k]];
+    if (item && item->CheckForSave(names[k])) batch.push_back(item);
   }
   {
     std::lock_guard queue(queueMutex_);
@@ -97,6 +155,40 @@ void FrameStorage::Impl::SwapExcept(const std::vector<Index>& keep) const {
   }
   std::lock_guard wake(wakeMutex_);
   wakeCondition_.notify_one();
+}
+
+std::vector<ioPath> FrameStorage::Impl::DrawNames(std::size_t count) const {
+  std::set<std::string> taken;
+  for (const auto& item : items_) {
+    if (item) taken.insert(item->GetFileName().utf8());
+  }
+  std::vector<ioPath> names;
+  names.reserve(count);
+  // One name per candidate, used or not: the generator sees every frame that was considered.
+  // A name that is already a file (another document's, an earlier save's) or that another
+  // frame holds is passed over; a generator that keeps repeating itself is given up on.
+  constexpr int kMaxSkipped = 10000;
+  int skipped = 0;
+  while (names.size() < count) {
+    const ioPath name(nameGenerator_());
+    const bool usable = IsPlainFileName(name) && !taken.contains(name.utf8()) &&
+                        !(swapDirectory_ / name).exists();
+    if (usable) {
+      taken.insert(name.utf8());
+      names.push_back(name);
+      continue;
+    }
+    LOG(WARNING) << "Swap file name '" << name.utf8()
+                 << "' is already in use or not a file name; drawing another";
+    if (++skipped > kMaxSkipped) {
+      ThrowCoded(CanvaroError::InvalidState,
+                 "The swap file name generator gave " + std::to_string(kMaxSkipped) +
+                     " names in a row that are in use or not file names (last: '" + name.utf8() +
+                     "')",
+                 BOOST_CURRENT_LOCATION);
+    }
+  }
+  return names;
 }
 
 void FrameStorage::Impl::Serialize(const Drevin::ISerializerPtr& serializer) const {
@@ -125,7 +217,13 @@ Index FrameStorage::Impl::DeserializeItem(const Drevin::ISerializerConstPtr& ser
 
 void FrameStorage::Impl::SerializeItem(Index index,
                                        const Drevin::ISerializerPtr& serializer) const {
-  const auto& item = items_[index];
+  const auto& item = ItemAt(index, "SerializeItem");
+  if (swapDirectory_.empty() && item->GetFileName().empty() && item->GetMemorySize() > 0) {
+    ThrowCoded(CanvaroError::InvalidState,
+               "Frame " + std::to_string(index) +
+                   " cannot be saved: the document was made without a swap directory",
+               BOOST_CURRENT_LOCATION);
+  }
   // Only a picture without a file needs queueing; anything else would just log a second time.
   if (item->GetFileName().empty() && item->GetMemorySize() > 0) Swap({index});
   item->Serialize(serializer);
@@ -148,7 +246,7 @@ bool FrameStorage::Impl::IsFailed() const { return failed_.load(); }
 const ioPath& FrameStorage::Impl::GetSwapDirectory() const { return swapDirectory_; }
 
 ioPath FrameStorage::Impl::GetFileName(Index index) const {
-  return items_[index] ? items_[index]->GetFileName() : ioPath();
+  return ItemAt(index, "GetFileName")->GetFileName();
 }
 
 void FrameStorage::Impl::SaveThreadFunction() {
@@ -185,8 +283,17 @@ void FrameStorage::Impl::SaveThreadFunction() {
       boost::exception_ptr error = item->Save();
       if (error && !firstError) firstError = error;
     }
-    // The error itself goes no further: the flag is what callers see, at their next GetFrame.
-    if (firstError) failed_.exchange(true);
+    // The error itself goes no further: the flag is what callers see, at their next GetFrame,
+    // together with the first failure's description.
+    if (firstError) {
+      try {
+        boost::rethrow_exception(firstError);
+      } catch (const std::exception& e) {
+        Fail(e.what());
+      } catch (...) {
+        Fail("Unknown error");
+      }
+    }
     LOG(INFO) << "Swap done";
     batch.clear();
 

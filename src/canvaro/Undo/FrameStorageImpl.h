@@ -56,6 +56,15 @@ class FrameStorage::Impl : public Drevin::ISerializable {
  private:
   using Batch = std::vector<std::shared_ptr<FrameItem>>;
 
+  // The item of frame `index`; throws CanvaroException (InvalidArgument) naming `operation`
+  // when there is none.
+  const std::shared_ptr<FrameItem>& ItemAt(Index index, const char* operation) const;
+  // Sets the sticky failed state, keeping the first cause for the errors that follow.
+  void Fail(const std::string& cause) const;
+  std::string FailureText() const;
+  // `count` usable swap file names: plain names that are neither files in the swap directory
+  // nor held by a frame. Throws whatever the generator throws, before anything is assigned.
+  std::vector<ioPath> DrawNames(std::size_t count) const;
   // The worker's body: saves queued batches in order until the storage is destroyed and the
   // queue is empty.
   void SaveThreadFunction();
@@ -71,6 +80,8 @@ class FrameStorage::Impl : public Drevin::ISerializable {
   mutable std::mutex wakeMutex_;
   mutable std::condition_variable wakeCondition_;
   mutable std::atomic<bool> failed_{false};
+  mutable std::mutex failureMutex_;
+  mutable std::string failure_;  // guarded by failureMutex_
   mutable std::mutex doneMutex_;
   mutable std::condition_variable doneCondition_;
   std::uint64_t finishedBatches_ = 0;  // guarded by doneMutex_

@@ -90,8 +90,9 @@ using IUndoManagerPtr = boost::intrusive_ptr<IUndoManager>;
 namespace RAII {
 
 // Starts a transaction on construction; on destruction commits it when marked to commit (the
-// default), rolls it back otherwise. A failure of either terminates the process: a destructor
-// cannot report it.
+// default), rolls it back otherwise. The destructor never throws: a failure of the commit (an
+// observer that throws) or of the rollback is logged at error severity and goes no further, so
+// a full disk met while rolling back never ends the process.
 //
 //   RAII::UndoTransactionGuard guard(manager->GetTransactionManager(), /*commit=*/false);
 //   DoTheEdits();            // may throw: the edits are rolled back
@@ -102,13 +103,7 @@ class UndoTransactionGuard {
       : manager_(manager), commit_(commit) {
     manager_.TransactionStart();
   }
-  ~UndoTransactionGuard() noexcept {
-    if (commit_) {
-      manager_.TransactionCommit();
-    } else {
-      manager_.TransactionRollback();
-    }
-  }
+  ~UndoTransactionGuard() noexcept;
   UndoTransactionGuard(const UndoTransactionGuard&) = delete;
   UndoTransactionGuard& operator=(const UndoTransactionGuard&) = delete;
 

@@ -8,6 +8,7 @@
 #include <glog/logging.h>
 
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/foundation/Throw.h"
 #include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/CoreManager.h"
 #include "kelbra/Proc/PixFmtInfo.h"
@@ -18,10 +19,9 @@ namespace {
 
 using Proc::PixFmt;
 
-[[noreturn]] void ThrowBadMask(const std::string& what) {
-  CanvaroException e;
-  e << TagDescription(what);
-  throw e;
+[[noreturn]] void ThrowBadMask(const std::string& what,
+                               CanvaroError code = CanvaroError::InvalidArgument) {
+  ThrowCoded(code, what, BOOST_CURRENT_LOCATION);
 }
 
 bool IsEmptyRect(const MaskInfo& info) {
@@ -46,23 +46,45 @@ ROI Union(const ROI& a, const ROI& b) {
           std::max(a.top + a.height, b.top + b.height) - top};
 }
 
-// Swaps the bytes of two equally sized pixel regions, row by row.
-void ExchangeRows(const Proc::Details::PlaneTemplate<false>& a,
-                  const Proc::Details::PlaneTemplate<false>& b, std::size_t width,
-                  std::size_t height) {
-  // Through a small buffer: three memcpy calls move whole vectors where a byte-wise swap would
-  // not.
-  std::uint8_t buffer[512];
+// Copies an equally sized pixel region row by row.
+void CopyRows(const Proc::Details::PlaneTemplate<true>& from,
+              const Proc::Details::PlaneTemplate<false>& to, std::size_t width,
+              std::size_t height) {
   for (std::size_t y = 0; y < height; ++y) {
-    std::uint8_t* rowA = a.GetOffsetPtr(0, y);
-    std::uint8_t* rowB = b.GetOffsetPtr(0, y);
-    for (std::size_t x = 0; x < width; x += sizeof buffer) {
-      const std::size_t n = std::min(sizeof buffer, width - x);
-      std::memcpy(buffer, rowA + x, n);
-      std::memcpy(rowA + x, rowB + x, n);
-      std::memcpy(rowB + x, buffer, n);
-    }
+    std::memcpy(to.GetOffsetPtr(0, y), from.GetOffsetPtr(0, y), width);
   }
+}
+
+// The smallest region of `after` holding every pixel that differs from `before` (from zero when
+// there is no `before`); empty when none does. Both are masks of the same size.
+ROI ChangedRegion(const Proc::IDataVideo* before, const Proc::IDataVideo& after) {
+  const Conf::FrameInfo& geometry = after.GetFrameInfo();
+  const std::size_t width = static_cast<std::size_t>(std::max(geometry.width, 0));
+  const auto newPlane = after.GetPlane(0);
+  std::int64_t top = -1, bottom = -1;
+  std::size_t left = width, right = 0;
+  for (std::int32_t y = 0; y < geometry.height; ++y) {
+    const std::uint8_t* row = newPlane.GetOffsetPtr(0, static_cast<std::size_t>(y));
+    const std::uint8_t* old =
+        before != nullptr ? before->GetPlane(0).GetOffsetPtr(0, static_cast<std::size_t>(y))
+                          : nullptr;
+    const auto same = [&](std::size_t x) { return row[x] == (old != nullptr ? old[x] : 0); };
+    if (old != nullptr ? std::memcmp(row, old, width) == 0
+                       : std::all_of(row, row + width, [](std::uint8_t v) { return v == 0; })) {
+      continue;
+    }
+    if (top < 0) top = y;
+    bottom = y + 1;
+    std::size_t l = 0;
+    while (l < width && same(l)) ++l;
+    std::size_t r = width;
+    while (r > l && same(r - 1)) --r;
+    left = std::min(left, l);
+    right = std::max(right, r);
+  }
+  if (top < 0) return {};
+  return {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top),
+          static_cast<std::int32_t>(right - left), static_cast<std::int32_t>(bottom - top)};
 }
 
 }  // namespace
@@ -88,12 +110,10 @@ MaskUndo::MaskUndo(FrameStorage* storage, unsigned width, unsigned height,
 
 MaskUndo::~MaskUndo() = default;
 
-bool MaskUndo::PushMask(const MaskInfo& info, const Proc::IDataVideoPtr& mask) {
+bool MaskUndo::CanPush(const MaskInfo& info, const Proc::IDataVideoPtr& mask) {
   if (IsEmptyRect(info) || GetItemCount() == 0) return false;
   FrameStorage& storage = *GetStorage();
   const Index working = GetWorkingIndex();
-
-  Proc::IDataVideoPtr current = GetWorkingMask();
   if (mask) {
     if (mask->GetPixFmt() != PixFmt::Gray8) {
       ThrowBadMask("A mask picture must have one byte per pixel (Gray8)");
@@ -106,31 +126,42 @@ bool MaskUndo::PushMask(const MaskInfo& info, const Proc::IDataVideoPtr& mask) {
                    std::to_string(known.height));
     }
     // The old pixels would be gone already: the stroke must come as a new picture.
-    if (mask == current) ThrowBadMask("PushMask needs a new picture, not the working mask");
-  } else if (!current) {
-    return false;
+    if (known.width != 0 && mask == GetWorkingMask()) {
+      ThrowBadMask("PushMask needs a new picture, not the working mask");
+    }
+    return !IsEmpty(Clip(info, given));
   }
+  const Proc::IDataVideoPtr current = GetWorkingMask();
+  if (!current) return false;
   EnsureCounted();
+  return !stats_.GetBox().IsEmpty();
+}
 
-  // The region whose old pixels the new item keeps: the stroke's rectangle, or for a clear
+bool MaskUndo::PushMask(const MaskInfo& info, const Proc::IDataVideoPtr& mask) {
+  if (!CanPush(info, mask)) return false;
+  FrameStorage& storage = *GetStorage();
+  const Index working = GetWorkingIndex();
+  Proc::IDataVideoPtr current = GetWorkingMask();
+  EnsureCounted();
+  // The region whose old pixels the new item keeps: the stroke's rectangle widened to every
+  // pixel the new mask changes (a host may paint past its rectangle's edge), or for a clear
   // everything painted.
   MaskInfo itemInfo = info;
   ROI region;
   if (mask) {
-    region = Clip(info, mask->GetFrameInfo());
+    region = Union(Clip(info, mask->GetFrameInfo()), ChangedRegion(current.get(), *mask));
+    itemInfo.SetRect(region.left, region.left + region.width, region.top,
+                     region.top + region.height);
   } else {
     const Proc::CropInfo& box = stats_.GetBox();
-    if (box.IsEmpty()) return false;
     itemInfo.SetRect(static_cast<std::int32_t>(box.left), static_cast<std::int32_t>(box.right),
                      static_cast<std::int32_t>(box.top), static_cast<std::int32_t>(box.bottom));
     region = Clip(itemInfo, current->GetFrameInfo());
   }
   if (IsEmpty(region)) return false;
-
   const Proc::IDataVideoPtr oldPixels =
       current ? Proc::CopyDataVideo(*std::as_const(*current).GetView(region))
               : MakeBlank(region.width, region.height);
-
   if (mask) {
     // Nothing painted yet: the counts take the new mask's geometry.
     if (!current) {
@@ -140,14 +171,13 @@ bool MaskUndo::PushMask(const MaskInfo& info, const Proc::IDataVideoPtr& mask) {
     stats_.Remove(std::as_const(*oldPixels).GetPlane(0), region);
     storage.Reset(working, mask);
     stats_.Add(std::as_const(*mask).GetView(region)->GetPlane(0), region);
-    info_ = info;
+    info_ = itemInfo;
     FinishCount();
   } else {
     stats_.Reset(stats_.GetWidth(), stats_.GetHeight());
     storage.Reset(working, nullptr);
     info_.GetInfoEx() = info.GetInfoEx();
   }
-
   TruncateImpl();
   Push(itemInfo);
   Get(GetCurrentIndexImpl()).SetFrameIndex(storage.AddFrame(oldPixels));
@@ -218,30 +248,32 @@ void MaskUndo::UndoRedoImpl() {
   const Item& item = Get(GetCurrentIndexImpl());
   const Proc::IDataVideoPtr kept =
       item.GetFrameIndex() != kNoIndex ? storage.GetFrame(item.GetFrameIndex()) : nullptr;
-  if (!kept) ThrowBadMask("A stroke of the mask history has lost its pixels");
-
-  Proc::IDataVideoPtr current = GetWorkingMask();
+  if (!kept) ThrowBadMask("A stroke of the mask history has lost its pixels", CanvaroError::InvalidDocument);
+  const Proc::IDataVideoPtr current = GetWorkingMask();
   const Conf::FrameInfo geometry = current ? current->GetFrameInfo() : GetMaskGeometry();
   const ROI region = Clip(item.GetInfo(), geometry);
   const Conf::FrameInfo& keptSize = kept->GetFrameInfo();
   if (region.width != keptSize.width || region.height != keptSize.height) {
-    ThrowBadMask("The pixels of a stroke do not fit its rectangle in the mask");
+    ThrowBadMask("The pixels of a stroke do not fit its rectangle in the mask", CanvaroError::InvalidDocument);
   }
+  // New pictures for both sides: the working mask may be a host's picture (the one it painted,
+  // or one it received from the document), and neither is ever written in place.
+  const Proc::IDataVideoPtr next =
+      current ? Proc::CopyDataVideo(*current) : MakeBlank(geometry.width, geometry.height);
   if (!current) {
-    current = MakeBlank(geometry.width, geometry.height);
     stats_.Reset(static_cast<std::uint32_t>(geometry.width),
                  static_cast<std::uint32_t>(geometry.height));
   }
-  // Both pictures leave their swap files (which would be stale) before they change; that also
-  // waits for a save of them that is under way.
-  storage.Reset(GetWorkingIndex(), current);
-  storage.Reset(item.GetFrameIndex(), kept);
-
-  auto working = current->GetView(region);
-  stats_.Remove(std::as_const(*working).GetPlane(0), region);
-  ExchangeRows(working->GetPlane(0), kept->GetPlane(0), static_cast<std::size_t>(region.width),
-               static_cast<std::size_t>(region.height));
+  auto working = next->GetView(region);
+  const Proc::IDataVideoPtr replaced = Proc::CopyDataVideo(std::as_const(*working));
+  stats_.Remove(std::as_const(*replaced).GetPlane(0), region);
+  CopyRows(std::as_const(*kept).GetPlane(0), working->GetPlane(0),
+           static_cast<std::size_t>(region.width), static_cast<std::size_t>(region.height));
   stats_.Add(std::as_const(*working).GetPlane(0), region);
+  // Both frames leave their swap files (which would be stale); that also waits for a save of
+  // them that is under way.
+  storage.Reset(GetWorkingIndex(), next);
+  storage.Reset(item.GetFrameIndex(), replaced);
   FinishCount();
 }
 
@@ -362,7 +394,8 @@ Conf::FrameInfo MaskUndo::GetMaskGeometry() const {
     Proc::GetPlaneLayouts(PixFmt::Gray8, geometry);
   } catch (const Core::CoreException&) {
     ThrowBadMask("A mask of " + std::to_string(geometry.width) + "x" +
-                 std::to_string(geometry.height) + " is larger than any picture can be");
+                 std::to_string(geometry.height) + " is larger than any picture can be",
+                 CanvaroError::InvalidDocument);
   }
   return geometry;
 }

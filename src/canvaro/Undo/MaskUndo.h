@@ -16,13 +16,13 @@
 //   mask.UndoImpl();                                             // the working mask as before
 //
 // Contracts:
-//   - A picture handed to PushMask or to the constructor becomes the working mask: the history
-//     changes it in place on undo and redo, and the caller must not change it afterwards.
-//     Pictures fetched from the storage for the working mask see those changes too.
-//   - A new mask differs from the working mask only inside its MaskInfo's rectangle (the host
-//     paints a stroke into a copy of the mask); the counts are updated from that rectangle only.
-//     Rectangles are left and top inclusive, right and bottom exclusive, and are clipped to the
-//     mask.
+//   - A picture handed to PushMask or to the constructor becomes the working mask. The history
+//     never writes into it (nor into any picture it hands out): undo and redo make new pictures.
+//     The caller must not change a picture after handing it over.
+//   - A stroke's rectangle is widened to every pixel in which the new mask differs from the
+//     working mask, so that the counts always equal a full recount and undo restores every
+//     changed pixel. Rectangles are left and top inclusive, right and bottom exclusive, and are
+//     clipped to the mask.
 //   - Errors: masks that are not Gray8, or whose size differs from the mask's, throw
 //     CanvaroException before anything changes; storage failures (CanvaroException with
 //     SwapFileFailure) pass through.
@@ -70,6 +70,9 @@ class MaskUndo : public TUndoImplBottom<MaskInfo, void*> {
   // rectangle is empty or outside the mask, when clearing a mask that holds nothing, and on a
   // history without items.
   bool PushMask(const MaskInfo& info, const Proc::IDataVideoPtr& mask);
+  // Whether PushMask would record a state, without changing anything. Throws CanvaroException
+  // (InvalidArgument) for a mask that PushMask refuses (not Gray8, of another size).
+  bool CanPush(const MaskInfo& info, const Proc::IDataVideoPtr& mask);
   // Makes `info` current and recounts the working mask from scratch, scanning the union of
   // `info`'s rectangle and the painted box (pixels outside both must be unpainted, which holds
   // when the mask changed only inside the rectangle; a history never counted scans the whole

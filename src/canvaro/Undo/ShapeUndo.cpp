@@ -4,6 +4,7 @@
 
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/foundation/Throw.h"
 
 namespace Kelbra::Canvaro {
 
@@ -24,9 +25,11 @@ ShapeInfo Edited(const ShapeInfo& shape, Edit edit) {
 }
 
 [[noreturn]] void ThrowBadItem(const std::string& what) {
-  CanvaroException e;
-  e << TagDescription(what);
-  throw e;
+  ThrowCoded(CanvaroError::InvalidArgument, what, BOOST_CURRENT_LOCATION);
+}
+
+void CheckNotEmpty(const ShapeInfo& shape, const char* operation) {
+  if (!shape) ThrowBadItem(std::string(operation) + ": the shape handle is empty");
 }
 
 }  // namespace
@@ -37,6 +40,7 @@ ShapeUndo::ShapeUndo(FrameStorage* storage, const IUndoManagerPtr& manager)
 ShapeUndo::~ShapeUndo() = default;
 
 ShapeUndoItem& ShapeUndo::ItemOf(const ShapeInfo& shape) const {
+  CheckNotEmpty(shape, "A shape edit");
   const std::int32_t index = shape->GetIndex();
   if (index < 0 || static_cast<std::size_t>(index) >= items_.size()) {
     ThrowBadItem("Shape index " + std::to_string(index) + " names no item of the " +
@@ -45,7 +49,12 @@ ShapeUndoItem& ShapeUndo::ItemOf(const ShapeInfo& shape) const {
   return *items_[static_cast<std::size_t>(index)];
 }
 
-void ShapeUndo::SetShape(const ShapeInfo& shape, const Proc::IDataVideoPtr& picture) {
+void ShapeUndo::SetShape(const ShapeInfo& given, const Proc::IDataVideoPtr& givenPicture) {
+  // Copies first: `given` may be a state of an item whose redo tail the truncation drops.
+  const ShapeInfo shape = given;
+  const Proc::IDataVideoPtr picture = givenPicture;
+  CheckNotEmpty(shape, "SetShape");
+  if (shape->GetIndex() >= 0) ItemOf(shape);
   ShapeUndoItem* item = nullptr;
   Index frame = kNoIndex;
   if (shape->GetIndex() >= 0) {
@@ -74,12 +83,19 @@ void ShapeUndo::SetShape(const ShapeInfo& shape, const Proc::IDataVideoPtr& pict
   AnnounceChange(*item);
 }
 
-void ShapeUndo::SetShapes(const std::vector<ShapeInfo>& shapes) {
+void ShapeUndo::SetShapes(const std::vector<ShapeInfo>& given) {
+  const std::vector<ShapeInfo> shapes = given;
+  // Every shape is checked before the first one changes anything.
+  for (const ShapeInfo& shape : shapes) {
+    CheckNotEmpty(shape, "SetShapes");
+    if (shape->GetIndex() >= 0) ItemOf(shape);
+  }
   RAII::UndoTransactionGuard transaction(undoManager_->GetTransactionManager());
   for (const ShapeInfo& shape : shapes) SetShape(shape, nullptr);
 }
 
-void ShapeUndo::OverwriteShape(const ShapeInfo& shape) {
+void ShapeUndo::OverwriteShape(const ShapeInfo& given) {
+  const ShapeInfo shape = given;
   ShapeUndoItem& item = ItemOf(shape);
   if (shape == item.GetCurrentShape()) return;
   item.SetCurrentShape(Edited(shape, [](ShapeInfoBase& s) { s.SetSaved(false); }));
@@ -146,15 +162,26 @@ std::vector<ShapeInfo> ShapeUndo::GetShapeActiveItems(ShapeType mask) const {
   return shapes;
 }
 
-const ShapeInfo& ShapeUndo::GetShapeItemInfo(unsigned item, unsigned state) const {
+const TUndoImpl<ShapeInfo, void*>::UndoItem& ShapeUndo::StateAt(unsigned item, unsigned state) const {
+  if (item >= items_.size()) {
+    ThrowBadItem("Shape item " + std::to_string(item) + " does not exist (the set holds " +
+                 std::to_string(items_.size()) + ")");
+  }
   const ShapeUndoItem& history = *items_[item];
-  return history.Get(state == kCurrentState ? history.GetCurrentIndexImpl() : state).GetInfo();
+  const Index index = state == kCurrentState ? history.GetCurrentIndexImpl() : state;
+  if (index >= history.GetItemCount()) {
+    ThrowBadItem("Shape item " + std::to_string(item) + " has no state " + std::to_string(state) +
+                 " (it has " + std::to_string(history.GetItemCount()) + ")");
+  }
+  return history.Get(index);
+}
+
+const ShapeInfo& ShapeUndo::GetShapeItemInfo(unsigned item, unsigned state) const {
+  return StateAt(item, state).GetInfo();
 }
 
 Index ShapeUndo::GetShapeItemVideoIndex(unsigned item, unsigned state) const {
-  const ShapeUndoItem& history = *items_[item];
-  return history.Get(state == kCurrentState ? history.GetCurrentIndexImpl() : state)
-      .GetFrameIndex();
+  return StateAt(item, state).GetFrameIndex();
 }
 
 Proc::IDataVideoPtr ShapeUndo::GetShapeItemVideo(unsigned item, unsigned state) const {

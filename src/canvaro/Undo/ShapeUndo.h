@@ -55,9 +55,8 @@ class ShapeUndo : public DrawableItemHandler,
   ShapeUndo(const ShapeUndo&) = delete;
   ShapeUndo& operator=(const ShapeUndo&) = delete;
 
-  // ---- IDrawableItemHandler: a plain copy ----
-  void SetDrawableFrameInfo(const Conf::FrameInfo& info) override { drawableFrameInfo_ = info; }
-  const Conf::FrameInfo& GetDrawableFrameInfo() const override { return drawableFrameInfo_; }
+  // The drawable frame info is the document's: the shape set's own SetDrawableFrameInfo and
+  // GetDrawableFrameInfo throw std::logic_error("Undefined operation").
 
   // ---- ICanvaroShape ----
   void SetShape(const ShapeInfo& shape, const Proc::IDataVideoPtr& picture) override;
@@ -106,6 +105,9 @@ class ShapeUndo : public DrawableItemHandler,
  private:
   // The item of an existing shape; throws CanvaroException when its index names none.
   ShapeUndoItem& ItemOf(const ShapeInfo& shape) const;
+  // State `state` (kCurrentState: the one in force) of item `item`; throws CanvaroException
+  // (InvalidArgument) when either does not exist.
+  const TUndoImpl<ShapeInfo, void*>::UndoItem& StateAt(unsigned item, unsigned state) const;
   // Announces the shape now in force of `item` after an edit.
   void AnnounceChange(const ShapeUndoItem& item);
 

@@ -40,6 +40,7 @@
 
 #include "canvaro/Undo/IMultiUndoItem.h"
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/foundation/Throw.h"
 #include "kelbra/Drevin/ISerializer.h"
 #include "kelbra/Proc/IDataVideo.h"
 #include "kelbra/RefCount.h"
@@ -137,10 +138,10 @@ class TUndoImpl : public virtual Drevin::ISerializable {
     }
     const std::int32_t current = serializer->ReadInt(detail::UndoKeys::INDEX, -1);
     if (current < -1 || current >= static_cast<std::int64_t>(items.size())) {
-      CanvaroException e;
-      e << TagDescription("Saved history index " + std::to_string(current) + " is outside its " +
-                          std::to_string(items.size()) + " items");
-      throw e;
+      ThrowCoded(CanvaroError::InvalidDocument,
+                 "Saved history index " + std::to_string(current) + " is outside its " +
+                     std::to_string(items.size()) + " items",
+                 BOOST_CURRENT_LOCATION);
     }
     items_ = std::move(items);
     current_ = current;

@@ -5,9 +5,12 @@
 #include <set>
 #include <utility>
 
+#include <glog/logging.h>
+
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/TUndoImpl.h"
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/foundation/Throw.h"
 
 namespace Kelbra::Canvaro {
 
@@ -19,9 +22,7 @@ const std::string kItemListKey = "ItemList";
 const std::string kItemKey = "Item";
 
 [[noreturn]] void ThrowBadStepList(const std::string& description) {
-  CanvaroException e;
-  e << TagDescription(description);
-  throw e;
+  ThrowCoded(CanvaroError::InvalidDocument, description, BOOST_CURRENT_LOCATION);
 }
 
 }  // namespace
@@ -135,10 +136,35 @@ void UndoManager::TransactionCommit() {
 }
 
 void UndoManager::TransactionRollback() {
-  inTransaction_ = false;
-  // Taken out first: the participants may report back while they step.
+  // Taken out first: the participants may report back while they step. What they report stays
+  // gathered (inTransaction_ is still set), so a rolled-back transaction delivers nothing.
   const Step added = std::exchange(transactionItems_, Step());
-  for (auto it = added.rbegin(); it != added.rend(); ++it) (*it)->MultiUndo();
+  for (auto it = added.rbegin(); it != added.rend(); ++it) {
+    // One participant that cannot step back (its picture is lost with a failed storage) must
+    // not keep the others from stepping back, nor escape from a guard's destructor.
+    try {
+      (*it)->MultiUndo();
+    } catch (const std::exception& e) {
+      LOG(ERROR) << "Rolling back '" << (*it)->GetMultiName() << "' failed: " << e.what();
+    } catch (...) {
+      LOG(ERROR) << "Rolling back '" << (*it)->GetMultiName() << "' failed: Unknown error";
+    }
+  }
+  inTransaction_ = false;
+}
+
+RAII::UndoTransactionGuard::~UndoTransactionGuard() noexcept {
+  try {
+    if (commit_) {
+      manager_.TransactionCommit();
+    } else {
+      manager_.TransactionRollback();
+    }
+  } catch (const std::exception& e) {
+    LOG(ERROR) << "Ending an undo transaction failed: " << e.what();
+  } catch (...) {
+    LOG(ERROR) << "Ending an undo transaction failed: Unknown error";
+  }
 }
 
 void UndoManager::ResetTransactionInfo() {

@@ -1,8 +1,10 @@
 // CanvaroException: the one exception type of the library.
 //
-// It carries its data as Boost error-info records. A failure of a frame's swap file carries an
-// error code under TagCanvaroErrorCode and the call stack under Kelbra::TagCallStack; the
-// "not implemented" factories carry only a Kelbra::TagDescription. Callers read either:
+// It carries its data as Boost error-info records: an error code under TagCanvaroErrorCode, a
+// description under Kelbra::TagDescription (also what what() returns), and for coded failures
+// the call stack under Kelbra::TagCallStack and the throw site. Every failure has a code and a
+// description, except the factories that only a host can implement, which throw a description
+// "Not implemented" and nothing else. Callers read either:
 //
 //   try { document->GetVideo(3); }
 //   catch (const Kelbra::Canvaro::CanvaroException& e) {
@@ -10,7 +12,17 @@
 //     if (const auto* text = boost::get_error_info<Kelbra::TagDescription>(e)) ...
 //   }
 //
-// A code of CanvaroError::SwapFileFailure always comes with the call stack and the throw site.
+// The codes (CanvaroError) and what a host can do about each:
+//   1 SwapFileFailure  a picture's swap file could not be written or read, or a saved record
+//                      names a file that is missing or does not match; the description names the
+//                      file and the system's reason. After it, the document's pictures stay
+//                      unreadable (the storage has failed): save what you can and reopen.
+//   2 InvalidArgument  the call was refused before it changed anything (index out of range,
+//                      empty shape handle, picture of the wrong format or size, unknown tool).
+//   3 InvalidDocument  a saved document is damaged or inconsistent; nothing was loaded.
+//   4 InvalidState     the call cannot be made now (for example, saving pictures when the
+//                      document has no swap directory); nothing changed.
+// Every coded failure carries the call stack; it is turned into text only when read.
 #pragma once
 
 #include <cstdint>
@@ -47,6 +59,10 @@ class CanvaroException : public Kelbra::Exception {
   // Attaches `code` under TagCanvaroErrorCode.
   explicit CanvaroException(CanvaroError code) { *this << TagCanvaroErrorCode(code); }
   ~CanvaroException() override;
+
+  // The description when there is one (what happened: which file, key or index, and why);
+  // otherwise the type's name. Valid until the next call on the same object.
+  const char* what() const noexcept override;
 };
 
 }  // namespace Kelbra::Canvaro

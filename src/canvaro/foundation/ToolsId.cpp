@@ -4,6 +4,7 @@
 
 #include "canvaro/foundation/SerializeNames.h"
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/foundation/Throw.h"
 
 namespace Kelbra::Canvaro {
 
@@ -51,10 +52,9 @@ const std::string& IToolsId::GetToolName(Value value) {
   for (const auto& [tool, text] : kToolTable) {
     if (tool == value) return *text;
   }
-  CanvaroException e;
-  e << TagDescription("Tool value " + std::to_string(static_cast<int>(value)) +
-                      " has no stored name");
-  throw e;
+  ThrowCoded(CanvaroError::InvalidArgument,
+             "Tool value " + std::to_string(static_cast<int>(value)) + " has no stored name",
+             BOOST_CURRENT_LOCATION);
 }
 
 void ToolsId::SetCurrentTool(Value value) { SetCurrentTool(ToolsId(value)); }

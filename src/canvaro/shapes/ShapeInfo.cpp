@@ -1,5 +1,7 @@
 #include "canvaro/shapes/ShapeInfo.h"
 
+#include "canvaro/foundation/Throw.h"
+
 #include "canvaro/foundation/CanvaroException.h"
 
 namespace Kelbra::Canvaro {
@@ -24,19 +26,17 @@ void ShapeInfo::Serialize(const Drevin::ISerializerPtr& serializer) const {
 
 void ShapeInfo::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
   const std::string& classId = serializer->GetClassId();
-  if (classId.empty()) {
-    impl_.reset();
-    return;
-  }
-  const ShapeInfoBase::CreatorItem* row = ShapeInfoBase::GetCreatorItem(classId);
+  const ShapeInfoBase::CreatorItem* row =
+      classId.empty() ? nullptr : ShapeInfoBase::GetCreatorItem(classId);
   if (row == nullptr) {
-    CanvaroException e;
-    e << TagDescription("Cannot read a shape of class id '" + classId +
-                        "': no shape kind is registered under it");
-    throw e;
+    ThrowCoded(CanvaroError::InvalidDocument,
+               "Cannot read a shape of class id '" + classId +
+                   "': no shape kind is registered under it",
+               BOOST_CURRENT_LOCATION);
   }
-  impl_ = row->create(IToolsId::NONE);
-  impl_->Deserialize(serializer);
+  auto read = row->create(IToolsId::NONE);
+  read->Deserialize(serializer);
+  impl_ = std::move(read);
 }
 
 ShapeInfo ShapeInfo::Transpose(const Conf::FrameInfo& frame,

@@ -13,8 +13,9 @@
 // only to another empty handle, writes nothing, and its geometric operations return empty
 // handles. operator-> of an empty handle yields a null pointer; check the handle first.
 //
-// Errors: Deserialize throws CanvaroException, with a description naming the class id, when the
-// class id stored with the node is not a registered kind; serializer exceptions pass through.
+// Errors: Deserialize throws CanvaroException (InvalidDocument), with a description naming the
+// class id, when the node has no class id or one that is not a registered kind; serializer
+// exceptions pass through.
 #pragma once
 
 #include <string>
@@ -55,7 +56,8 @@ class ShapeInfo : public virtual Drevin::ISerializableBase {
   // The record's entries in this node; nothing for an empty handle.
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
   // Replaces the record by a new one of the kind named by the node's class id, read from the
-  // node. A node without a class id (as an empty handle writes it) gives an empty handle.
+  // node. A node without a class id (as an empty handle writes it) is refused: a shape record
+  // always names its kind. The handle is unchanged when this throws.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer);
 
   // A new handle on a clone that has followed the picture's rotation, resize or crop.

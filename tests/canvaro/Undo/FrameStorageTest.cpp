@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -254,25 +256,41 @@ TEST_F(FrameStorageTest, WaitingWithNothingQueuedReturnsAtOnce) {
 
 // ---- failures ----
 
-TEST_F(FrameStorageTest, FailedWriteFailsTheStorageButSavesTheRestOfTheBatch) {
+TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
   const ioPath swap = dir_ / "swap";
-  std::filesystem::create_directories((swap / "f1").native());  // f1 cannot become a file
-  {
-    FrameStorage storage(swap, names_.Generator());
-    const auto kept = Picture(9);
-    for (unsigned i = 0; i < 3; ++i) storage.AddFrame(Picture(i));
-    storage.AddFrame(kept);
-    storage.SwapExcept({3});
-    storage.WaitForPendingSaves();
-    EXPECT_TRUE(storage.IsFailed());
-    EXPECT_TRUE((swap / "f0").exists());
-    EXPECT_TRUE((swap / "f2").exists());
-    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(0); }));
-    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(3); }));  // even a frame in memory
-    EXPECT_EQ(log_.Messages(google::GLOG_ERROR).size(), 1u);
+  std::filesystem::create_directories(swap.native());
+  std::ofstream((swap / "f1").native()) << "someone else's";  // an earlier save's file, say
+  FrameStorage storage(swap, names_.Generator());
+  for (unsigned i = 0; i < 3; ++i) storage.AddFrame(Picture(i));
+  storage.SwapExcept({});
+  storage.WaitForPendingSaves();
+  EXPECT_FALSE(storage.IsFailed());
+  EXPECT_EQ(std::filesystem::file_size((swap / "f1").native()), 14u);
+  EXPECT_EQ(storage.GetFileName(1).utf8(), "f2");
+  EXPECT_EQ(log_.Messages(google::GLOG_WARNING).size(), 1u);
+  for (unsigned i = 0; i < 3; ++i) {
+    EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*Picture(i)));
   }
-  // A failed storage removes its swap directory.
-  EXPECT_FALSE(swap.exists());
+
+  // A generator that throws part way leaves no frame with a name.
+  FrameStorage other(dir_ / "swap", [n = 0]() mutable -> std::string {
+    if (++n == 2) throw std::runtime_error("out of names");
+    return "g" + std::to_string(n);
+  });
+  other.AddFrame(Picture(1));
+  other.AddFrame(Picture(2));
+  EXPECT_THROW(other.SwapExcept({}), std::runtime_error);
+  EXPECT_TRUE(other.GetFileName(0).empty());
+  EXPECT_TRUE(other.GetFileName(1).empty());
+
+  // Out-of-range frames are refused with a code, not read from freed memory.
+  try {
+    storage.GetFrame(3);
+    ADD_FAILURE() << "no exception";
+  } catch (const CanvaroException& e) {
+    ASSERT_NE(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+    EXPECT_EQ(*boost::get_error_info<TagCanvaroErrorCode>(e), CanvaroError::InvalidArgument);
+  }
 }
 
 TEST_F(FrameStorageTest, MissingSwapDirectoryFailsTheStorage) {

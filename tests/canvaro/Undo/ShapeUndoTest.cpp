@@ -368,11 +368,9 @@ TEST_F(ShapeUndoTest, ShapesOutsideTheSetAreRefused) {
   EXPECT_EQ(manager_->GetStepCount(), 0u);
 }
 
-TEST_F(ShapeUndoTest, DrawableFrameInfoIsAPlainCopy) {
-  EXPECT_EQ(shapes_.GetDrawableFrameInfo(), Conf::FrameInfo{});
-  shapes_.SetDrawableFrameInfo({1920, 1080, 1, 1});
-  shapes_.SetDrawableFrameInfo({800, 600, 4, 3});
-  EXPECT_EQ(shapes_.GetDrawableFrameInfo(), (Conf::FrameInfo{800, 600, 4, 3}));
+TEST_F(ShapeUndoTest, DrawableFrameInfoIsTheDocumentsNotTheShapeSets) {
+  EXPECT_THROW(shapes_.GetDrawableFrameInfo(), std::logic_error);
+  EXPECT_THROW(shapes_.SetDrawableFrameInfo({800, 600, 4, 3}), std::logic_error);
   EXPECT_THAT(observer_.log, IsEmpty());
 }
 

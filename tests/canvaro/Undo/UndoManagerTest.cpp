@@ -416,7 +416,8 @@ TEST_F(UndoManagerTest, LoadingANameNeverMadeAvailableThrowsNamingIt) {
     const std::string* text = boost::get_error_info<TagDescription>(e);
     ASSERT_NE(text, nullptr);
     EXPECT_THAT(*text, HasSubstr("'B'"));
-    EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+    ASSERT_NE(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+    EXPECT_EQ(*boost::get_error_info<TagCanvaroErrorCode>(e), CanvaroError::InvalidDocument);
   }
   EXPECT_EQ(loaded->GetStepCount(), 0u);
   EXPECT_EQ(loaded->GetCurrentStep(), -1);

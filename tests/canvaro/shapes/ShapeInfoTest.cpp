@@ -46,7 +46,8 @@ TEST(ShapeInfoTest, EmptyHandlesAreHarmless) {
   EXPECT_FALSE(empty.Resize({}, {}));
   EXPECT_FALSE(ShapeInfo(ShapeInfoBaseConstPtr()));
 
-  // Written and read back, an empty handle stays empty.
+  // An empty handle writes no class id, and a record without one is refused: every saved shape
+  // names its kind. The handle read into stays as it was.
   struct Holder : Drevin::ISerializableBase {
     void Serialize(const Drevin::ISerializerPtr& s) const override { s->WriteObject("S", shape); }
     ShapeInfo shape;
@@ -54,8 +55,10 @@ TEST(ShapeInfoTest, EmptyHandlesAreHarmless) {
   Core::Property tree;
   holder.Serialize(Drevin::SerializerProperty::Create(tree));
   ShapeInfo read(*TestShape::Create(IToolsId::TEXT));
-  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))->GetChild("S"));
-  EXPECT_FALSE(read);
+  EXPECT_THROW(
+      read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))->GetChild("S")),
+      CanvaroException);
+  EXPECT_TRUE(read);
 }
 
 TEST(ShapeInfoTest, TransformsReturnNewHandlesAndLeaveTheOriginal) {
