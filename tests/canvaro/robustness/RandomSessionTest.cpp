@@ -27,6 +27,7 @@
 #include "canvaro/shapes/LineInfo.h"
 #include "canvaro/shapes/RectangleInfo.h"
 #include "canvaro/shapes/TextInfo.h"
+#include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/TempDir.h"
@@ -182,6 +183,8 @@ class RandomSession {
         result = Do("add", [&] { AddStep(false); });
       } else if (roll < 17) {
         result = Do("set", [&] { SetStep(); });
+      } else if (roll < 20) {
+        result = Do("shape state passed back", [&] { ShapeStatePassedBack(); });
       } else if (roll < 33) {
         result = Do("stroke", [&] { Stroke(); });
       } else if (roll < 35) {
@@ -200,6 +203,8 @@ class RandomSession {
         result = Do("undo", [&] { Undo(); });
       } else if (roll < 94) {
         result = Do("redo", [&] { Redo(); });
+      } else if (roll < 96) {
+        result = Do("refused call", [&] { RefusedCall(); });
       } else if (roll < 98) {
         result = Do("save", [&] { SaveWhileWorking(); });
       } else {
@@ -245,15 +250,32 @@ class RandomSession {
 
   void ApplyAdd(View& view, bool withMask) {
     const std::uint8_t fill = NextFill();
-    const std::string package = "p" + std::to_string(fill);
+    std::string package = "p" + std::to_string(fill);
     MaskPixels mask{};
     Rect rect{0, 0, 0, 0};
-    if (withMask) {
+    Proc::IDataVideoPtr maskPicture;
+    if (withMask && Uniform(0, 2) == 0 && doc_->GetVideoCount() > 0) {
+      // The mask in force carried forward as the new step's first mask: the document's own
+      // picture, which later strokes and undos must not change under the old step.
+      maskPicture = doc_->GetMask(kCurrent);
+      if (maskPicture) {
+        mask = view.mask;
+        Lend(maskPicture);
+      }
+    } else if (withMask) {
       rect = RandomRect();
       Paint(mask, rect, static_cast<std::uint8_t>(Uniform(1, 3)));
+      maskPicture = MaskPicture(mask);
+      Lend(maskPicture);
     }
-    doc_->Add(Settings(package), Picture(fill), withMask ? MaskPicture(mask) : nullptr,
-              MaskOver(rect));
+    if (doc_->GetVideoCount() > 0 && Uniform(0, 3) == 0) {
+      // Another item's own settings record, often one of the redo tail that this Add drops.
+      const unsigned item = static_cast<unsigned>(Uniform(0, int(doc_->GetVideoCount()) - 1));
+      package = doc_->GetSettings(item).GetEffectsSettings().GetPackage().GetName();
+      doc_->Add(doc_->GetSettings(item), Picture(fill), maskPicture, doc_->GetMaskInfo(item));
+    } else {
+      doc_->Add(Settings(package), Picture(fill), maskPicture, MaskOver(rect));
+    }
     view.item = model_.items++;
     view.fill = fill;
     view.package = package;
@@ -268,7 +290,12 @@ class RandomSession {
     const std::uint8_t brush = static_cast<std::uint8_t>(
         mask[static_cast<std::size_t>(rect.top * kWidth + rect.left)] % 3 + 1);
     Paint(mask, rect, brush);
-    doc_->AddMask(MaskPicture(mask), MaskOver(rect));
+    Rect told = rect;
+    // Some hosts paint one column past the rectangle they report.
+    if (told.right - told.left > 1 && Uniform(0, 3) == 0) --told.right;
+    const Proc::IDataVideoPtr picture = MaskPicture(mask);
+    Lend(picture);
+    doc_->AddMask(picture, MaskOver(told));
     view.mask = mask;
     ++view.maskIndex;
   }
@@ -424,6 +451,98 @@ class RandomSession {
     }
   }
 
+  // A shape item's state (often one that a redo would bring back) passed back to SetShape: the
+  // record lives in the redo tail that the call drops.
+  void ShapeStatePassedBack() {
+    const unsigned items = doc_->GetShapeItemCount(ShapeType::All);
+    if (items == 0) return;
+    const unsigned item = static_cast<unsigned>(Uniform(0, int(items) - 1));
+    unsigned states = 0;
+    while (Throws([&] { doc_->GetShapeItemInfo(item, states); }) == 0) ++states;
+    const unsigned state = static_cast<unsigned>(Uniform(0, int(states) - 1));
+    const ShapeInfo& record = doc_->GetShapeItemInfo(item, state);
+    if (record == doc_->GetShapeItemInfo(item, kCurrent)) return;  // records nothing
+    View view = model_.BeginEdit();
+    view.shapes.resize(model_.shapeItems, Shape{ShapeType::Line, 0, false});
+    Shape& shape = view.shapes[item];
+    shape.kind = record->GetShapeType();
+    shape.x = record->GetPosition().GetX();
+    shape.visible = record->IsVisible();
+    doc_->SetShape(record, nullptr);
+    model_.Commit(view);
+  }
+
+  // Calls that must be refused with nothing changed: checked by the comparison that follows.
+  void RefusedCall() {
+    const unsigned items = doc_->GetVideoCount();
+    const auto expect = [&](CanvaroError code, auto call) {
+      const int got = Throws(call);
+      if (got != static_cast<int>(code)) {
+        refusalProblem_ = "a refused call gave code " + std::to_string(got) + " instead of " +
+                          std::to_string(static_cast<int>(code));
+      }
+    };
+    switch (Uniform(0, 6)) {
+      case 0:
+        expect(CanvaroError::InvalidArgument, [&] { doc_->GetVideo(items + 3); });
+        break;
+      case 1:
+        expect(CanvaroError::InvalidArgument,
+               [&] { doc_->GetShapeItemInfo(doc_->GetShapeItemCount(ShapeType::All) + 2, 0); });
+        break;
+      case 2:
+        expect(CanvaroError::InvalidArgument, [&] { doc_->SetShape(ShapeInfo(), nullptr); });
+        break;
+      case 3:
+        expect(CanvaroError::InvalidArgument, [&] {
+          doc_->Add(Settings("refused"), Picture(1),
+                    Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1}),
+                    MaskOver({0, 1, 0, 1}));
+        });
+        break;
+      case 4:
+        expect(CanvaroError::InvalidArgument, [&] {
+          doc_->Add(Settings("refused"), Picture(1),
+                    Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight + 1, 1, 1}),
+                    MaskOver({0, 1, 0, 1}));
+        });
+        break;
+      case 5:
+        expect(CanvaroError::InvalidArgument,
+               [&] { doc_->SetShapes({doc_->GetShapeItems(ShapeType::All).size() > 0
+                                          ? doc_->GetShapeItems(ShapeType::All)[0]
+                                          : ShapeInfo(),
+                                      ShapeInfo()}); });
+        break;
+      default: {
+        // An empty rectangle: silently nothing, and the redo steps stay.
+        MaskPixels mask = model_.Now().mask;
+        Paint(mask, {0, 2, 0, 2}, 3);
+        doc_->AddMask(MaskPicture(mask), MaskOver({2, 2, 0, 2}));
+        break;
+      }
+    }
+  }
+
+  // The code of the CanvaroException that `call` throws; 0 when it returns.
+  template <class Call>
+  static int Throws(Call call) {
+    try {
+      call();
+      return 0;
+    } catch (const CanvaroException& e) {
+      const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
+      return code != nullptr ? static_cast<int>(*code) : -1;
+    }
+  }
+
+  // Remembers a picture the host handed to the document or received from it, with its bytes:
+  // the document must never change it.
+  void Lend(const Proc::IDataVideoPtr& picture) {
+    lent_.emplace_back(picture, ReadMask(picture));
+    if (lent_.size() > 8) lent_.pop_front();
+  }
+
   void Undo() {
     if (!doc_->IsUndoEnabled()) return;
     doc_->Undo();
@@ -455,6 +574,11 @@ class RandomSession {
   // ---- the comparison ----
 
   testing::AssertionResult Check() const {
+    if (!refusalProblem_.empty()) return testing::AssertionFailure() << refusalProblem_;
+    for (const auto& [picture, bytes] : lent_) {
+      if (ReadMask(picture) != bytes)
+        return testing::AssertionFailure() << "the document changed a host's mask picture";
+    }
     const View& want = model_.Now();
     const ICanvaroUndo& doc = *doc_;
     auto fail = [](const std::string& what, auto expected, auto actual) {
@@ -532,6 +656,8 @@ class RandomSession {
   unsigned fills_ = 0;
   int count_ = 0;
   std::deque<std::string> history_;
+  std::deque<std::pair<Proc::IDataVideoPtr, MaskPixels>> lent_;
+  std::string refusalProblem_;
 };
 
 unsigned FromEnvironment(const char* name, unsigned fallback) {
