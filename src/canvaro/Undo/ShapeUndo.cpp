@@ -24,6 +24,10 @@ ShapeInfo Edited(const ShapeInfo& shape, Edit edit) {
   return ShapeInfo(ShapeInfoBaseConstPtr(clone));
 }
 
+[[noreturn]] void ThrowBadRecord(const std::string& what) {
+  ThrowCoded(CanvaroError::InvalidDocument, what, BOOST_CURRENT_LOCATION);
+}
+
 [[noreturn]] void ThrowBadItem(const std::string& what) {
   ThrowCoded(CanvaroError::InvalidArgument, what, BOOST_CURRENT_LOCATION);
 }
@@ -230,17 +234,17 @@ void ShapeUndo::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
     node->ReadObject(kData, *item);
     // Every query reads the shape in force: an item without one cannot join the set.
     if (item->GetCurrentIndexImpl() == kNoIndex) {
-      ThrowBadItem("Saved shape item '" + name + "' has no states");
+      ThrowBadRecord("Saved shape item '" + name + "' has no states");
     }
     for (std::size_t state = 0; state < item->GetItemCount(); ++state) {
       const auto& saved = item->Get(static_cast<Index>(state));
       if (!saved.GetInfo()) {
-        ThrowBadItem("Saved shape item '" + name + "' has a state without a shape");
+        ThrowBadRecord("Saved shape item '" + name + "' has a state without a shape");
       }
       // The pictures were read before the shapes; an index past them would be read unchecked.
       const Index frame = saved.GetFrameIndex();
       if (frame != kNoIndex && frame >= storage_->GetCount()) {
-        ThrowBadItem("Saved shape item '" + name + "' names picture " + std::to_string(frame) +
+        ThrowBadRecord("Saved shape item '" + name + "' names picture " + std::to_string(frame) +
                      ", but only " + std::to_string(storage_->GetCount()) + " were saved");
       }
     }

@@ -99,43 +99,43 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Damage{"StepNamesAPartThatDoesNotExist",
                [](Property& doc) { At(Step(doc, 1), "ItemList", 0).SetString("Item", "Nobody"); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"StepNamesAShapeItemThatWasNotSaved",
                [](Property& doc) {
                  At(Step(doc, 2), "ItemList", 0).SetString("Item", "Item_00000099");
                },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"ShapeOfAnUnknownKind",
                [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetClassId("Hexagon"); },
-               Outcome::CanvaroError}),
+               Outcome::InvalidDocument}),
     [](const auto& info) { return std::string(info.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(
     IndicesPastTheEnd, DamagedSaveTest,
     testing::Values(
         Damage{"StepIndex", [](Property& doc) { Child(doc, "UndoManager").SetInt("Index", 99); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"SettingsIndex", [](Property& doc) { doc.SetInt("Index", 3); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"SettingsIndexBelowMinusOne", [](Property& doc) { doc.SetInt("Index", -2); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"MaskIndex",
                [](Property& doc) { Child(SettingsItem(doc, 1), "Mask").SetInt("Index", 7); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"ShapeStateIndex",
                [](Property& doc) {
                  Child(At(Child(doc, "Shape"), "Items", 0), "Data").SetInt("Index", 2);
                },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"FrameOfASettingsStep",
                [](Property& doc) { SettingsItem(doc, 2).SetInt("FrameIndex", 40); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"FrameOfAShapeState",
                [](Property& doc) { ShapeState(doc, 0, 1).SetInt("FrameIndex", 40); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         Damage{"FrameOfAShapeStateAtTheLargestIndex",
                [](Property& doc) { ShapeState(doc, 0, 1).SetInt("FrameIndex", -2); },
-               Outcome::CanvaroError},
+               Outcome::InvalidDocument},
         // More steps of a shape than it has states: the extra ones find nothing to step.
         Damage{"StepsOfAShapeBeyondItsStates",
                [](Property& doc) {
@@ -163,6 +163,12 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"FrameWidthAsString",
                [](Property& doc) { FrameRecord(doc, 0).SetString("Width", "8"); },
                Outcome::WrongType},
+        Damage{"SwapFileNameIsDotDot",
+               [](Property& doc) { FrameRecord(doc, 0).SetString("FileName", ".."); },
+               Outcome::InvalidDocument},
+        Damage{"SwapFileNameIsAFolder",
+               [](Property& doc) { FrameRecord(doc, 0).SetString("FileName", "sub/"); },
+               Outcome::InvalidDocument},
         Damage{"SwapFileNameAsInteger",
                [](Property& doc) { FrameRecord(doc, 0).SetInt("FileName", 0); },
                Outcome::WrongType},
@@ -173,6 +179,14 @@ INSTANTIATE_TEST_SUITE_P(
             "MaskCounterAsString",
             [](Property& doc) { Child(SettingsItem(doc, 1), "Mask").SetString("MaskCounter", ""); },
             Outcome::WrongType},
+        // Counts stored through the 32-bit integer of the serializer contract read as well.
+        Damage{"MaskCountsAs32BitIntegers",
+               [](Property& doc) {
+                 Property& counter = Child(Child(SettingsItem(doc, 1), "Mask"), "MaskCounter");
+                 counter.SetInt("PixelCount",
+                                static_cast<std::int32_t>(counter.GetInt64("PixelCount")));
+               },
+               Outcome::Done},
         // A z value stored as an integer by older writers is read as one.
         Damage{"ShapeZValueAsInteger",
                [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetInt("ZValue", 500); },

@@ -17,7 +17,8 @@ namespace canvaro_test {
 enum class Outcome {
   Done,             // no exception
   SwapFileFailure,  // CanvaroException with CanvaroError::SwapFileFailure
-  CanvaroError,     // CanvaroException without a code
+  InvalidDocument,  // CanvaroException with CanvaroError::InvalidDocument
+  CanvaroError,     // CanvaroException with another code or none
   WrongType,        // Core::WrongTypeIsRequested
   PropertyError,    // any other Core::PropertyException
   FileError,        // Core::FileException
@@ -25,9 +26,9 @@ enum class Outcome {
 };
 
 inline std::ostream& operator<<(std::ostream& out, Outcome outcome) {
-  static const char* const kNames[] = {"Done",      "SwapFileFailure", "CanvaroError",
-                                       "WrongType", "PropertyError",   "FileError",
-                                       "CoreError"};
+  static const char* const kNames[] = {"Done",         "SwapFileFailure", "InvalidDocument",
+                                       "CanvaroError", "WrongType",       "PropertyError",
+                                       "FileError",    "CoreError"};
   return out << kNames[static_cast<int>(outcome)];
 }
 
@@ -38,8 +39,9 @@ inline Outcome OutcomeOf(const std::function<void()>& call) {
   } catch (const Canvaro::CanvaroException& e) {
     const auto* code = boost::get_error_info<Canvaro::TagCanvaroErrorCode>(e);
     if (code == nullptr) return Outcome::CanvaroError;
-    return *code == Canvaro::CanvaroError::SwapFileFailure ? Outcome::SwapFileFailure
-                                                           : Outcome::CanvaroError;
+    if (*code == Canvaro::CanvaroError::SwapFileFailure) return Outcome::SwapFileFailure;
+    if (*code == Canvaro::CanvaroError::InvalidDocument) return Outcome::InvalidDocument;
+    return Outcome::CanvaroError;
   } catch (const Core::WrongTypeIsRequested&) {
     return Outcome::WrongType;
   } catch (const Core::PropertyException&) {
