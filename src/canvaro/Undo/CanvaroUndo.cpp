@@ -65,8 +65,7 @@ void CheckStepMask(const Proc::IDataVideoPtr& frame, const Proc::IDataVideoPtr& 
 
 // Refuses settings that could not be saved: a tool outside the tool table.
 void CheckSettings(const SettingsCore& settings, const char* operation) {
-  const IToolsId::Value tool =
-      settings.GetEffectsSettings().GetPackage().GetCurrentToolID();
+  const IToolsId::Value tool = settings.GetEffectsSettings().GetPackage().GetCurrentToolID();
   try {
     IToolsId::GetToolName(tool);
   } catch (const CanvaroException&) {

@@ -13,8 +13,8 @@
 #include <boost/throw_exception.hpp>
 
 #include "canvaro/Undo/CanvaroUndo.h"
-#include "canvaro/foundation/Throw.h"
 #include "canvaro/Undo/ShapeUndo.h"
+#include "canvaro/foundation/Throw.h"
 
 namespace Kelbra::Canvaro {
 

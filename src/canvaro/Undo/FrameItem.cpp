@@ -160,8 +160,7 @@ void FrameItem::LoadFrame() const {
     if (read.width != info_.width || read.height != info_.height) {
       throw Core::CoreException("the file holds a " + std::to_string(read.width) + " x " +
                                 std::to_string(read.height) + " picture where its record says " +
-                                std::to_string(info_.width) + " x " +
-                                std::to_string(info_.height));
+                                std::to_string(info_.width) + " x " + std::to_string(info_.height));
     }
     SetFrameLocked(loaded);
     VLOG(30) << "Loading " << fileName_ << " done";

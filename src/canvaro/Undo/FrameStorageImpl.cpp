@@ -171,8 +171,8 @@ std::vector<ioPath> FrameStorage::Impl::DrawNames(std::size_t count) const {
   int skipped = 0;
   while (names.size() < count) {
     const ioPath name(nameGenerator_());
-    const bool usable = IsPlainFileName(name) && !taken.contains(name.utf8()) &&
-                        !(swapDirectory_ / name).exists();
+    const bool usable =
+        IsPlainFileName(name) && !taken.contains(name.utf8()) && !(swapDirectory_ / name).exists();
     if (usable) {
       taken.insert(name.utf8());
       names.push_back(name);

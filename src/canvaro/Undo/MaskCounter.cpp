@@ -1,9 +1,9 @@
 #include "canvaro/Undo/MaskCounter.h"
 
 #include "canvaro/foundation/CanvaroException.h"
-#include "kelbra/Core/CoreException.h"
 #include "canvaro/foundation/Throw.h"
 #include "canvaro/settings/ICanvaroBrush.h"
+#include "kelbra/Core/CoreException.h"
 
 namespace Kelbra::Canvaro {
 
@@ -64,9 +64,8 @@ void MaskCounter::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
       const std::int64_t value = ReadCount(element, SAVE_PROPERTY_PIX_COUNT_DETAIL_ID, 0);
       if (value < 0 || value >= static_cast<std::int64_t>(read.counts_.size())) {
         ThrowCoded(CanvaroError::InvalidDocument,
-                   "Mask value " + std::to_string(value) + " in element " +
-                            std::to_string(i) + " of \"" + SAVE_PROPERTY_PIX_COUNT_DETAIL +
-                            "\" is outside 0..255",
+                   "Mask value " + std::to_string(value) + " in element " + std::to_string(i) +
+                       " of \"" + SAVE_PROPERTY_PIX_COUNT_DETAIL + "\" is outside 0..255",
                    BOOST_CURRENT_LOCATION);
       }
       read.counts_[static_cast<std::size_t>(value)] =

@@ -65,9 +65,9 @@ ROI ChangedRegion(const Proc::IDataVideo* before, const Proc::IDataVideo& after)
   std::size_t left = width, right = 0;
   for (std::int32_t y = 0; y < geometry.height; ++y) {
     const std::uint8_t* row = newPlane.GetOffsetPtr(0, static_cast<std::size_t>(y));
-    const std::uint8_t* old =
-        before != nullptr ? before->GetPlane(0).GetOffsetPtr(0, static_cast<std::size_t>(y))
-                          : nullptr;
+    const std::uint8_t* old = before != nullptr
+                                  ? before->GetPlane(0).GetOffsetPtr(0, static_cast<std::size_t>(y))
+                                  : nullptr;
     const auto same = [&](std::size_t x) { return row[x] == (old != nullptr ? old[x] : 0); };
     if (old != nullptr ? std::memcmp(row, old, width) == 0
                        : std::all_of(row, row + width, [](std::uint8_t v) { return v == 0; })) {
@@ -248,13 +248,15 @@ void MaskUndo::UndoRedoImpl() {
   const Item& item = Get(GetCurrentIndexImpl());
   const Proc::IDataVideoPtr kept =
       item.GetFrameIndex() != kNoIndex ? storage.GetFrame(item.GetFrameIndex()) : nullptr;
-  if (!kept) ThrowBadMask("A stroke of the mask history has lost its pixels", CanvaroError::InvalidDocument);
+  if (!kept)
+    ThrowBadMask("A stroke of the mask history has lost its pixels", CanvaroError::InvalidDocument);
   const Proc::IDataVideoPtr current = GetWorkingMask();
   const Conf::FrameInfo geometry = current ? current->GetFrameInfo() : GetMaskGeometry();
   const ROI region = Clip(item.GetInfo(), geometry);
   const Conf::FrameInfo& keptSize = kept->GetFrameInfo();
   if (region.width != keptSize.width || region.height != keptSize.height) {
-    ThrowBadMask("The pixels of a stroke do not fit its rectangle in the mask", CanvaroError::InvalidDocument);
+    ThrowBadMask("The pixels of a stroke do not fit its rectangle in the mask",
+                 CanvaroError::InvalidDocument);
   }
   // New pictures for both sides: the working mask may be a host's picture (the one it painted,
   // or one it received from the document), and neither is ever written in place.
@@ -394,7 +396,7 @@ Conf::FrameInfo MaskUndo::GetMaskGeometry() const {
     Proc::GetPlaneLayouts(PixFmt::Gray8, geometry);
   } catch (const Core::CoreException&) {
     ThrowBadMask("A mask of " + std::to_string(geometry.width) + "x" +
-                 std::to_string(geometry.height) + " is larger than any picture can be",
+                     std::to_string(geometry.height) + " is larger than any picture can be",
                  CanvaroError::InvalidDocument);
   }
   return geometry;

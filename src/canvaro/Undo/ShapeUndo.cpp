@@ -166,7 +166,8 @@ std::vector<ShapeInfo> ShapeUndo::GetShapeActiveItems(ShapeType mask) const {
   return shapes;
 }
 
-const TUndoImpl<ShapeInfo, void*>::UndoItem& ShapeUndo::StateAt(unsigned item, unsigned state) const {
+const TUndoImpl<ShapeInfo, void*>::UndoItem& ShapeUndo::StateAt(unsigned item,
+                                                                unsigned state) const {
   if (item >= items_.size()) {
     ThrowBadItem("Shape item " + std::to_string(item) + " does not exist (the set holds " +
                  std::to_string(items_.size()) + ")");
@@ -245,7 +246,7 @@ void ShapeUndo::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
       const Index frame = saved.GetFrameIndex();
       if (frame != kNoIndex && frame >= storage_->GetCount()) {
         ThrowBadRecord("Saved shape item '" + name + "' names picture " + std::to_string(frame) +
-                     ", but only " + std::to_string(storage_->GetCount()) + " were saved");
+                       ", but only " + std::to_string(storage_->GetCount()) + " were saved");
       }
     }
     items_.push_back(item);

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "canvaro/foundation/SerializeNames.h"
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/foundation/SerializeNames.h"
 #include "canvaro/foundation/Throw.h"
 
 namespace Kelbra::Canvaro {

@@ -29,10 +29,10 @@ void ShapeInfo::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
   const ShapeInfoBase::CreatorItem* row =
       classId.empty() ? nullptr : ShapeInfoBase::GetCreatorItem(classId);
   if (row == nullptr) {
-    ThrowCoded(CanvaroError::InvalidDocument,
-               "Cannot read a shape of class id '" + classId +
-                   "': no shape kind is registered under it",
-               BOOST_CURRENT_LOCATION);
+    ThrowCoded(
+        CanvaroError::InvalidDocument,
+        "Cannot read a shape of class id '" + classId + "': no shape kind is registered under it",
+        BOOST_CURRENT_LOCATION);
   }
   auto read = row->create(IToolsId::NONE);
   read->Deserialize(serializer);

@@ -23,11 +23,11 @@
 #include <gtest/gtest.h>
 
 #include "canvaro/Undo/ICanvaroUndo.h"
+#include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/shapes/EllipseInfo.h"
 #include "canvaro/shapes/LineInfo.h"
 #include "canvaro/shapes/RectangleInfo.h"
 #include "canvaro/shapes/TextInfo.h"
-#include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/TempDir.h"
@@ -508,11 +508,12 @@ class RandomSession {
         });
         break;
       case 5:
-        expect(CanvaroError::InvalidArgument,
-               [&] { doc_->SetShapes({doc_->GetShapeItems(ShapeType::All).size() > 0
-                                          ? doc_->GetShapeItems(ShapeType::All)[0]
-                                          : ShapeInfo(),
-                                      ShapeInfo()}); });
+        expect(CanvaroError::InvalidArgument, [&] {
+          doc_->SetShapes({doc_->GetShapeItems(ShapeType::All).size() > 0
+                               ? doc_->GetShapeItems(ShapeType::All)[0]
+                               : ShapeInfo(),
+                           ShapeInfo()});
+        });
         break;
       default: {
         // An empty rectangle: silently nothing, and the redo steps stay.

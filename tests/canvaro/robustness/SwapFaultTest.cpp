@@ -18,11 +18,13 @@
 #include "Outcome.h"
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/ICanvaroUndo.h"
+#include "canvaro/Undo/IUndoManager.h"
 #include "canvaro/shapes/LineInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/ExerciseDocument.h"
+#include "support/LogCapture.h"
 #include "support/SampleDocuments.h"
 #include "support/TempDir.h"
 
@@ -79,6 +81,14 @@ int CheckFailedDocument(ICanvaroUndo& doc) {
   // Pictures do not, not even the one in force.
   if (OutcomeOf([&] { doc.GetVideo(kCurrent); }) != Outcome::SwapFileFailure) return 6;
   if (OutcomeOf([&] { doc.GetVideo(0); }) != Outcome::SwapFileFailure) return 7;
+  // The error says which file failed and why, not just the exception's type.
+  try {
+    doc.GetVideo(0);
+  } catch (const CanvaroException& e) {
+    const std::string text = e.what();
+    if (text.find(doc.GetFrameStorage().GetSwapDirectory().utf8()) == std::string::npos) return 13;
+    if (boost::get_error_info<TagCallStack>(e) == nullptr) return 14;
+  }
   // An undo that needs a picture fails as a whole: the step stays in force everywhere.
   const std::int32_t step = doc.GetUndoManager().GetCurrentStep();
   if (OutcomeOf([&] { doc.Undo(); }) != Outcome::SwapFileFailure) return 8;
@@ -165,6 +175,56 @@ TEST_F(SwapFaultTest, SwapDirectoryRemovedAfterThePicturesWentToDisk) {
   fs::remove_all(Swap().native());
   EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
   EXPECT_EQ(CheckFailedDocument(*doc), 0);
+}
+
+TEST_F(SwapFaultTest, RollbackThatNeedsALostPictureIsLoggedNotFatal) {
+  fs::create_directory(Swap().native());
+  auto doc = MakeDocument(Swap());
+  Edit(*doc);
+  Save(*doc);
+  LogCapture log;
+  {
+    RAII::UndoTransactionGuard transaction(doc->GetTransactionManager(), /*commit=*/false);
+    doc->SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), nullptr);
+    doc->Add(Settings("Rolled back"), Picture(5), nullptr, NoMask());
+    fs::remove_all(Swap().native());
+  }  // the rollback's undo needs "Last", whose file is gone
+  EXPECT_TRUE(doc->GetFrameStorage().IsFailed());
+  EXPECT_FALSE(log.Messages(google::GLOG_ERROR).empty());
+  // The other participant was rolled back all the same.
+  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 1u);
+  EXPECT_EQ(doc->GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName(), "Rolled back");
+}
+
+TEST_F(SwapFaultTest, WithoutASwapDirectoryNothingIsWrittenAnywhere) {
+  const fs::path before = fs::current_path();
+  fs::current_path(dir_.path().native());
+  auto doc = MakeDocument(ioPath());
+  Edit(*doc);
+  Core::Property tree;
+  EXPECT_EQ(OutcomeOf([&] { doc->Serialize(Drevin::SerializerProperty::Create(tree)); }),
+            Outcome::CanvaroError);
+  doc->WaitForPendingSaves();
+  EXPECT_TRUE(fs::is_empty(dir_.path().native()));
+  EXPECT_EQ(doc->GetVideoCount(), 3u);
+  EXPECT_NE(doc->GetVideo(0), nullptr);
+  fs::current_path(before);
+}
+
+TEST_F(SwapFaultTest, SetReleasesThePicturesItReplaces) {
+  fs::create_directory(Swap().native());
+  auto doc = MakeDocument(Swap());
+  Edit(*doc);
+  const std::uint64_t size = doc->GetCoreSize();
+  auto mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {8, 6, 1, 1});
+  mask->Fill(Proc::Color(9, 9, 9, 255));
+  for (int i = 0; i < 20; ++i) doc->Set(Settings("Set"), Picture(7), mask, NoMask());
+  EXPECT_LE(doc->GetCoreSize(), size + mask->GetBufferSize());
+  Save(*doc);
+  // One file per picture still named: the three steps' pictures, the one mask, none replaced.
+  std::size_t files = 0;
+  for ([[maybe_unused]] const auto& entry : fs::directory_iterator(Swap().native())) ++files;
+  EXPECT_LE(files, 4u);
 }
 
 TEST_F(SwapFaultTest, ReadOnlySwapDirectoryFailsTheSave) {
