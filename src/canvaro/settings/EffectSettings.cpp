@@ -85,7 +85,13 @@ void EffectSettings::Serialize(const Drevin::ISerializerPtr& serializer, const s
                                const List& list) {
   const Drevin::ISerializerCollectionPtr collection = serializer->CreateCollection(listKey);
   for (const auto& element : list) {
-    if (element) collection->WriteObject(EFFECT, *element);
+    // A null element keeps its place as an item without an effect, so that the list reloads
+    // with the same length and order.
+    if (element) {
+      collection->WriteObject(EFFECT, *element);
+    } else {
+      collection->AddItem();
+    }
   }
 }
 
@@ -97,7 +103,12 @@ void EffectSettings::Deserialize(const Drevin::ISerializerConstPtr& serializer,
   // Read into a separate list so that a failure part-way leaves `list` empty, not half filled.
   List loaded;
   for (std::size_t i = 0, count = collection->GetCount(); i < count; ++i) {
-    const Drevin::ISerializerConstPtr item = collection->GetItem(i)->GetChild(EFFECT);
+    const Drevin::ISerializerConstPtr entry = collection->GetItem(i);
+    if (!entry->Has(EFFECT)) {
+      loaded.push_back(nullptr);
+      continue;
+    }
+    const Drevin::ISerializerConstPtr item = entry->GetChild(EFFECT);
     Ptr effect = CreateEffectSettings(item->GetClassId());
     effect->Deserialize(item);
     loaded.push_back(std::move(effect));

@@ -170,12 +170,13 @@ TEST(EffectSettingsListTest, EqualComparesInOrder) {
 
 TEST(EffectSettingsListTest, WritesOneItemPerEffectInOrder) {
   Core::Property tree;
-  const IEffectSettings::List list = {TestEffect::Make("A", 1), TestEffect::Make("B", 2)};
+  const IEffectSettings::List list = {TestEffect::Make("A", 1), TestEffect::Make("B", 2), nullptr};
   EffectSettings::Serialize(Drevin::SerializerProperty::Create(tree), "keyEffectsCollection", list);
 
   ASSERT_THAT(KeysOf(tree), ElementsAre("keyEffectsCollection"));
   const Core::Property::Collection& items = tree.GetCollection("keyEffectsCollection");
-  ASSERT_EQ(items.size(), 2u);
+  ASSERT_EQ(items.size(), 3u);
+  EXPECT_TRUE(KeysOf(items[2]).empty()) << "a null effect keeps its place as an empty item";
   for (std::size_t i = 0; i < 2; ++i) {
     EXPECT_THAT(KeysOf(items[i]), ElementsAre("keyEffectItem"));
     const Core::Property& effect = items[i].GetChild("keyEffectItem");
@@ -199,6 +200,11 @@ TEST(EffectSettingsListTest, ReadingEmptiesTheListAndLoadsOnlyEmptyCollections) 
   list = {held};
   EffectSettings::Deserialize(reader, "absent", list);
   EXPECT_TRUE(list.empty());
+
+  Core::Property holes;
+  EffectSettings::Serialize(Drevin::SerializerProperty::Create(holes), "list", {nullptr, nullptr});
+  EffectSettings::Deserialize(Drevin::SerializerProperty::Create(std::as_const(holes)), "list", list);
+  EXPECT_THAT(list, ElementsAre(nullptr, nullptr));
 }
 
 TEST(EffectSettingsListTest, ReadingStoredEffectsIsNotImplemented) {
