@@ -29,16 +29,28 @@
 // swap directory.
 //
 // Item indices. Queries that take an item index read kCurrentItem as the item in force; any
-// other index selects that item and is not checked (it must be below GetVideoCount()).
+// other index selects that item and must be below GetVideoCount(), shape item and state numbers
+// below the shape's counts. An index out of range throws CanvaroError::InvalidArgument.
 //
 // Ownership: reference-counted, made only by Create and held by boost::intrusive_ptr. Observers
-// are not owned; unregister them before they go. The undo manager (GetUndoManager) and the
-// settings returned by reference are valid while the document lives.
+// are not owned; unregister them before they go. The undo manager (GetUndoManager) is valid
+// while the document lives. Records returned by reference (GetSettings, GetMaskInfo,
+// GetShapeItemInfo) are valid until the next edit, Set, undo, redo or Deserialize of the
+// document: copy them to keep them. Passing one of them straight back into an edit is safe (the
+// edit copies its arguments before it drops any redo step).
 //
-// Errors: the document adds none of its own except for calls that need a step in force on an
-// empty document (CanvaroException with a description). Failures of swap files reach the caller
-// from the queries that load pictures (CanvaroException, CanvaroError::SwapFileFailure); the
-// serializer's exceptions pass through.
+// Errors: every failure is a CanvaroException carrying a description (what()) and, except for
+// the settings factories' "Not implemented", a CanvaroError code (see CanvaroException.h):
+//   InvalidArgument  a refused argument: an index out of range, an empty shape handle, a mask
+//                    picture that is not Gray8 or not the picture's size, a package tool outside
+//                    the tool table.
+//   InvalidState     a call that needs a step in force on an empty document, or swap files on a
+//                    document made without a swap directory.
+//   InvalidDocument  a saved document that cannot be loaded (damaged or inconsistent records).
+//   SwapFileFailure  a swap file that cannot be written or read; the description names the file
+//                    and the system's reason.
+// A refused edit changes nothing: arguments are checked before any redo step is dropped, and no
+// event is published. The serializer's own exceptions pass through.
 //
 // Threads: call from one thread (the host's editing thread); the document takes no lock. The
 // only thread of its own is the frame storage's worker, which writes swap files.
@@ -95,10 +107,10 @@ class ICanvaroUndo : public virtual IRefCountable,
   // GetVideoCount() first).
   virtual bool IsUndoEnabled() const = 0;
   virtual bool IsRedoEnabled() const = 0;
-  // Undoes the current step of every part it touched; the observers hear once, at the end. No
-  // bounds check: ask IsUndoEnabled first.
+  // Undoes the current step of every part it touched; the observers hear once, at the end. Does
+  // nothing at the base step. Throws SwapFileFailure when a picture the step needs cannot be read.
   virtual void Undo() = 0;
-  // Redoes the next step; may swap pictures out. No bounds check: ask IsRedoEnabled first.
+  // Redoes the next step; may swap pictures out. Does nothing without a redo step.
   virtual void Redo() = 0;
   // Brackets several edits as one step (RAII::UndoTransactionGuard).
   virtual IUndoTransactionManager& GetTransactionManager() = 0;
@@ -109,12 +121,14 @@ class ICanvaroUndo : public virtual IRefCountable,
   // Adds a step: `frame` rendered with `settings`, with the step's first mask picture (may be
   // empty) and mask settings. Drops every redo step first. Except for the first Add of a document
   // (the source picture), publishes a frame event (change), one shape-item event per shape item
-  // and a change-to-save event. Then checks the memory budget.
+  // and a change-to-save event. Then checks the memory budget. Throws InvalidArgument for a mask
+  // picture that is not Gray8 of the frame's size or a package tool outside the tool table;
+  // nothing changes then. The pictures are held, never written to: the host may keep using them.
   virtual void Add(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
                    const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) = 0;
   // Replaces the step in force (settings, picture, mask history) without making a step or
-  // dropping redo steps; publishes as Add does and checks the memory budget. Throws
-  // CanvaroException on an empty document.
+  // dropping redo steps; publishes as Add does and checks the memory budget. Releases the
+  // pictures it replaces. Throws InvalidState on an empty document and InvalidArgument as Add.
   virtual void Set(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
                    const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) = 0;
 
@@ -128,7 +142,7 @@ class ICanvaroUndo : public virtual IRefCountable,
   virtual Proc::IDataVideoPtr GetVideo(unsigned item) const = 0;
   // The picture of item 0. Throws CanvaroException on an empty document.
   virtual Proc::IDataVideoPtr GetSourceVideo() const = 0;
-  // The settings of item `item`.
+  // The settings of item `item`. Valid until the next edit, Set, undo, redo or load.
   virtual const SettingsCore& GetSettings(unsigned item) const = 0;
   // The item in force; kCurrentItem (-1) while the document is empty.
   virtual unsigned GetCurrentIndex() const = 0;
@@ -149,13 +163,16 @@ class ICanvaroUndo : public virtual IRefCountable,
   // A mask stroke on the item in force, with the mask settings in force; see below.
   virtual void AddMask(const Proc::IDataVideoPtr& maskPicture) = 0;
   // A mask stroke on the item in force: `maskPicture` is the whole new mask (empty clears it).
-  // One step of its own, undone before the item under it. A stroke that the mask history
-  // refuses (an empty rectangle) makes no step and publishes nothing. Throws CanvaroException on
-  // an empty document.
+  // One step of its own, undone before the item under it. The stroke's rectangle is widened to
+  // every pixel that differs from the mask in force, so the counts stay exact whatever edge
+  // convention the host uses. A stroke with an empty rectangle records nothing, publishes
+  // nothing and keeps the redo steps. A mask picture that is not Gray8 of the item's size throws
+  // InvalidArgument and changes nothing; an empty document throws InvalidState. `maskPicture` is
+  // held, never written to.
   virtual void AddMask(const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo) = 0;
   // The mask picture of item `item` (empty when nothing is painted).
   virtual Proc::IDataVideoPtr GetMask(unsigned item) const = 0;
-  // The mask settings in force of item `item`.
+  // The mask settings in force of item `item`. Valid until the next edit, Set, undo, redo or load.
   virtual const MaskInfo& GetMaskInfo(unsigned item) const = 0;
   // Painted pixels of the current item's mask with the given brush indices; all painted pixels
   // for an empty list.
@@ -167,7 +184,8 @@ class ICanvaroUndo : public virtual IRefCountable,
   // The document's undo manager (valid while the document lives).
   virtual IUndoManager& GetUndoManager() const = 0;
 
-  // ---- shapes (item and state numbers are not checked) ----
+  // ---- shapes ----
+  // An empty ShapeInfo handle, or an item or state number out of range, throws InvalidArgument.
 
   // A new shape (index -1) or a new state of an existing one, with an optional picture: one step.
   // An unchanged shape without a picture records nothing.
@@ -186,7 +204,8 @@ class ICanvaroUndo : public virtual IRefCountable,
   virtual std::vector<ShapeInfo> GetShapeItems(ShapeType mask) const = 0;
   // The same, visible ones only.
   virtual std::vector<ShapeInfo> GetShapeActiveItems(ShapeType mask) const = 0;
-  // State `state` (kCurrentItem: the one in force) of shape item `item`.
+  // State `state` (kCurrentItem: the one in force) of shape item `item`. Valid until the next
+  // edit, undo, redo or load.
   virtual const ShapeInfo& GetShapeItemInfo(unsigned item, unsigned state) const = 0;
   // The picture of that state; empty when it has none.
   virtual Proc::IDataVideoPtr GetShapeItemVideo(unsigned item, unsigned state) const = 0;
@@ -217,9 +236,11 @@ class ICanvaroUndo : public virtual IRefCountable,
   void Serialize(const Drevin::ISerializerPtr& serializer) const override = 0;
   // Reads a saved document into this fresh one, made on the swap directory that holds the saved
   // swap files. A save without "UndoManager" gets one step per item and per mask stroke. Throws
-  // CanvaroException for a missing swap file, a step naming a picture that was not saved, a step
-  // list naming an unknown part, or settings or masks holding effects or painters (only the host
-  // can make those); serializer errors pass through.
+  // SwapFileFailure for a missing swap file, InvalidDocument for damaged or inconsistent records
+  // (a step naming a picture that was not saved, a step list naming an unknown part, a file name
+  // that is not a plain name, a negative size), and "Not implemented" for settings or masks
+  // holding effects or painters that only the host can make; serializer errors pass through. After
+  // a failure, discard the document and load into a fresh one.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override = 0;
 
   // ---- for hosts, tools and tests ----

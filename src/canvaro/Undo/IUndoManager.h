@@ -57,11 +57,12 @@ class IUndoManager : public virtual IRefCountable,
   virtual bool IsUndoEnabled() const = 0;
   // True when a step after the current one exists.
   virtual bool IsRedoEnabled() const = 0;
-  // Undoes the current step: every participant of it, last first. No bounds check: ask
-  // IsUndoEnabled first. An exception from a participant passes through after the gathered
-  // events have been delivered.
+  // Undoes the current step: every participant of it, last first. Does nothing at the base
+  // step or on an empty manager (ask IsUndoEnabled first). An exception from a participant
+  // passes through after the gathered events have been delivered.
   virtual void Undo() = 0;
-  // Redoes the next step: every participant of it, first first. No bounds check.
+  // Redoes the next step: every participant of it, first first. Does nothing when there is no
+  // next step.
   virtual void Redo() = 0;
   // This manager's transaction interface.
   virtual IUndoTransactionManager& GetTransactionManager() = 0;

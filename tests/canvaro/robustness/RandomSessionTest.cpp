@@ -482,7 +482,7 @@ class RandomSession {
                           std::to_string(static_cast<int>(code));
       }
     };
-    switch (Uniform(0, 6)) {
+    switch (Uniform(0, 7)) {
       case 0:
         expect(CanvaroError::InvalidArgument, [&] { doc_->GetVideo(items + 3); });
         break;
@@ -514,6 +514,11 @@ class RandomSession {
                                : ShapeInfo(),
                            ShapeInfo()});
         });
+        break;
+      case 6:
+        // Undo at the base step and redo at the last step do nothing.
+        if (!doc_->IsUndoEnabled()) doc_->Undo();
+        if (!doc_->IsRedoEnabled()) doc_->Redo();
         break;
       default: {
         // An empty rectangle: silently nothing, and the redo steps stay.

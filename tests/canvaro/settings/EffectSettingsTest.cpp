@@ -203,7 +203,8 @@ TEST(EffectSettingsListTest, ReadingEmptiesTheListAndLoadsOnlyEmptyCollections) 
 
   Core::Property holes;
   EffectSettings::Serialize(Drevin::SerializerProperty::Create(holes), "list", {nullptr, nullptr});
-  EffectSettings::Deserialize(Drevin::SerializerProperty::Create(std::as_const(holes)), "list", list);
+  EffectSettings::Deserialize(Drevin::SerializerProperty::Create(std::as_const(holes)), "list",
+                              list);
   EXPECT_THAT(list, ElementsAre(nullptr, nullptr));
 }
 

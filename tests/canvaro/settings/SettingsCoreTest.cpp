@@ -55,7 +55,12 @@ TEST(SettingsCoreTest, NullMutableEffectGivesOneNullElement) {
   EXPECT_NE(copy, SettingsCore(IEffectSettings::ConstPtr(TestEffect::Make("Blur"))));
   Core::Property tree;
   core.Serialize(Drevin::SerializerProperty::Create(tree));
-  EXPECT_TRUE(tree.GetChild("tagEffectSettings").GetCollection("keyEffectsCollection").empty());
+  const auto& written = tree.GetChild("tagEffectSettings").GetCollection("keyEffectsCollection");
+  ASSERT_EQ(written.size(), 1u);
+  EXPECT_FALSE(written[0].Has("keyEffectItem"));
+  SettingsCore read{TestEffect::Make("Other")};
+  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  EXPECT_EQ(read, core);
 }
 
 TEST(SettingsCoreTest, CopiesNeverShareEffects) {
