@@ -239,7 +239,8 @@ class ICanvaroUndo : public virtual IRefCountable,
   // SwapFileFailure for a missing swap file, InvalidDocument for damaged or inconsistent records
   // (a step naming a picture that was not saved, a step list naming an unknown part, a file name
   // that is not a plain name, a negative size), and "Not implemented" for settings or masks
-  // holding effects or painters that only the host can make; serializer errors pass through. After
+  // holding effects or painters whose classes have no registered creator (see
+  // IEffectSettings::RegisterEffectCreator); serializer errors pass through. After
   // a failure, discard the document and load into a fresh one.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override = 0;
 

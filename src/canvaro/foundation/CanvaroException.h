@@ -3,8 +3,9 @@
 // It carries its data as Boost error-info records: an error code under TagCanvaroErrorCode, a
 // description under Kelbra::TagDescription (also what what() returns), and for coded failures
 // the call stack under Kelbra::TagCallStack and the throw site. Every failure has a code and a
-// description, except the factories that only a host can implement, which throw a description
-// "Not implemented" and nothing else. Callers read either:
+// description, except the effect and painter factories asked for a class that the host has not
+// registered a creator for, which throw a description "Not implemented" and nothing else. Callers
+// read either:
 //
 //   try { document->GetVideo(3); }
 //   catch (const Kelbra::Canvaro::CanvaroException& e) {

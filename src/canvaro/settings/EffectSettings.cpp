@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "canvaro/foundation/Throw.h"
+#include "canvaro/foundation/CreatorRegistry.h"
 #include "kelbra/Proc/ImplNames.h"
 
 namespace Kelbra::Canvaro {
@@ -21,10 +21,23 @@ typename List::value_type FindByTypeName(const List& list, const std::string& na
   return nullptr;
 }
 
+CreatorRegistry<IEffectSettings::Ptr>& Effects() {
+  static CreatorRegistry<IEffectSettings::Ptr> registry;
+  return registry;
+}
+
 }  // namespace
 
-IEffectSettings::Ptr IEffectSettings::CreateEffectSettings(const std::string& /*implName*/) {
-  ThrowNotImplemented();
+IEffectSettings::Ptr IEffectSettings::CreateEffectSettings(const std::string& name) {
+  return Effects().Make(name);
+}
+
+void IEffectSettings::RegisterEffectCreator(const std::string& name, Creator creator) {
+  Effects().Register(name, std::move(creator));
+}
+
+bool IEffectSettings::UnregisterEffectCreator(const std::string& name) {
+  return Effects().Unregister(name);
 }
 
 IEffectSettings::ConstList IEffectSettings::ToConstList(const List& list) {

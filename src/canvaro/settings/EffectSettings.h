@@ -20,14 +20,18 @@
 // order counts for equality. The static utilities share (CopyList, ToConstList) or clone
 // (CloneList) the objects, find an effect by the type name of its parameter object (Find) and
 // compare (Equals, Equal). A list is written as the collection "keyEffectsCollection" with one
-// item "keyEffectItem" per effect. Reading a list needs the host's factory: the library's own
-// CreateEffectSettings throws CanvaroException "Not implemented", so only empty lists load here.
+// item "keyEffectItem" per effect, recorded with the effect's class identifier (GetClassId()).
+// Reading a list back needs the host's creator for each identifier, registered once at start-up;
+// without one, CreateEffectSettings throws CanvaroException "Not implemented":
+//
+//   IEffectSettings::RegisterEffectCreator("Blur", [] { return IEffectSettings::Ptr(new Blur); });
 //
 // Effects are reference-counted (atomically); an effect object itself is not thread-safe. The
 // utilities tolerate null elements where noted; the library itself never puts one in a list
 // except through SettingsCore's sharing constructor given a null effect.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -69,10 +73,22 @@ class IEffectSettings : public virtual IRefCountable, public virtual Drevin::ISe
   // True when `other` describes the same effect with the same parameters.
   virtual bool IsEqual(const IEffectSettings& other) const = 0;
 
-  // Makes an effect by implementation name for reading saved lists. Creating effects is the
-  // host's business: this always throws CanvaroException with the description "Not implemented"
-  // and no error code.
-  [[noreturn]] static Ptr CreateEffectSettings(const std::string& implName);
+  // Makes a new, default effect of one class; the saved list then reads its entries into it.
+  using Creator = std::function<Ptr()>;
+
+  // Makes an effect by class identifier for reading saved lists, with the creator the host
+  // registered for `name`. Without one, throws CanvaroException with the description
+  // "Not implemented" and no error code; a creator that returns null gives
+  // CanvaroError::InvalidState; the creator's own exceptions pass through.
+  static Ptr CreateEffectSettings(const std::string& name);
+
+  // Registers `creator` for effects of class identifier `name` (what the effect's GetClassId()
+  // returns, recorded with each saved effect), replacing an earlier creator of that name.
+  // Process-wide and thread-safe: register before loading documents, from any thread. Throws
+  // CanvaroError::InvalidArgument for an empty name or creator.
+  static void RegisterEffectCreator(const std::string& name, Creator creator);
+  // Removes the creator of `name`; false when none was registered.
+  static bool UnregisterEffectCreator(const std::string& name);
 
   // A const list that shares the objects of `list`, in order.
   static ConstList ToConstList(const List& list);

@@ -16,8 +16,9 @@
 // tool and the host flag, so that steps that differ only in which effect of a package is being
 // edited, or by which tool, count as the same settings.
 //
-// Reading a record whose effect list is not empty throws CanvaroException "Not implemented" (the
-// effects can only be made by the host). One thread at a time per record.
+// Reading a record back makes its effects with the host's creators
+// (IEffectSettings::RegisterEffectCreator); an effect whose class has none throws
+// CanvaroException "Not implemented". One thread at a time per record.
 #pragma once
 
 #include <cstdint>
@@ -121,8 +122,9 @@ class EffectsSettings : public virtual IRefCountable, public virtual Drevin::ISe
   // Writes the package as the child "tagEffectSettingsPackage", then the effects as the
   // collection "keyEffectsCollection".
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
-  // Reads the package (an absent node keeps it), then the effects: the list is emptied, and a
-  // stored collection with items throws CanvaroException "Not implemented".
+  // Reads the package (an absent node keeps it), then the effects, made with the host's
+  // creators; an effect without one throws CanvaroException "Not implemented" and leaves the
+  // list empty.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
  private:

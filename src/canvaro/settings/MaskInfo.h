@@ -8,9 +8,9 @@
 //   info.Serialize(s);   // "Left", "Right", "Top", "Bottom", then the child "InfoEx"
 //
 // The library only stores the four integers; whether right and bottom are inclusive is the
-// convention of the host code that fills them. A stored step that has a painter cannot be read
-// back here: reading it throws CanvaroException "Not implemented" (painters are made by the
-// host). One thread at a time per record.
+// convention of the host code that fills them. A stored step that has a painter is read back with
+// the host's creator for the painter's class (ISettingsPainter::RegisterPainterCreator); without
+// one, reading throws CanvaroException "Not implemented". One thread at a time per record.
 #pragma once
 
 #include <cstdint>
@@ -45,7 +45,8 @@ class MaskInfo : public virtual Drevin::ISerializable {
 
     // Writes the child "Painter" when there is a painter, then the child "Blender".
     void Serialize(const Drevin::ISerializerPtr& serializer) const override;
-    // Reads the child "Blender" (an absent node keeps the blender). A stored "Painter" throws
+    // Reads the child "Painter" with the host's creator, then "Blender" (an absent node keeps the
+    // blender). A stored "Painter" of a class without a registered creator throws
     // CanvaroException "Not implemented" before the blender is read.
     void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
@@ -80,8 +81,8 @@ class MaskInfo : public virtual Drevin::ISerializable {
   // Writes "Left", "Right", "Top", "Bottom", then the child "InfoEx".
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
   // Reads the four values (each absent key keeps its value), then the child "InfoEx" (an absent
-  // node keeps the extended part). Throws "Not implemented" for a stored painter, after the
-  // rectangle has been read.
+  // node keeps the extended part). Throws "Not implemented" for a stored painter whose class has no
+  // registered creator, after the rectangle has been read.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
  private:

@@ -8,8 +8,9 @@
 //   SettingsCore owned(IEffectSettings::ConstPtr(e));   // const effect: holds a clone
 //   SettingsCore copy(shared);                          // copies always clone
 //
-// Equality and every query go through GetEffectsSettings(). Reading a step whose effect list is
-// not empty throws CanvaroException "Not implemented". One thread at a time per record.
+// Equality and every query go through GetEffectsSettings(). Reading a step whose effect list holds
+// an effect whose class has no registered creator (IEffectSettings::RegisterEffectCreator) throws
+// CanvaroException "Not implemented". One thread at a time per record.
 #pragma once
 
 #include <concepts>

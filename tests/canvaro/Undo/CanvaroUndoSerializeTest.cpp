@@ -16,6 +16,7 @@
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/TestEffect.h"
+#include "support/TestPainter.h"
 
 namespace {
 
@@ -190,19 +191,44 @@ TEST_F(CanvaroUndoSerializeTest, ASaveWithoutStepListGetsAStepPerItemAndStroke) 
   EXPECT_FALSE(loaded->IsUndoEnabled());
 }
 
-TEST_F(CanvaroUndoSerializeTest, StepsWithEffectsCannotBeLoadedHere) {
-  doc->Add(SettingsCore(TestEffect::Make("Blur", 2)), Picture(1), nullptr, NoMask());
-  const std::string text = Save(*doc);
-  ICanvaroUndoPtr loaded = MakeDocument("loaded_");
-  const Core::Property tree = Core::PropertySerializer::FromString(text);
-  try {
-    loaded->Deserialize(Drevin::SerializerProperty::Create(tree));
-    FAIL() << "loaded a step holding an effect";
-  } catch (const CanvaroException& e) {
-    const std::string* description = boost::get_error_info<TagDescription>(e);
-    ASSERT_NE(description, nullptr);
-    EXPECT_EQ(*description, "Not implemented");
-  }
+// Effects and painters are the host's classes: a document holding them reloads equal with the
+// host's creators registered, and is refused with "Not implemented" without them.
+TEST_F(CanvaroUndoSerializeTest, StepsWithEffectsAndPaintersLoadWithTheHostsCreators) {
+  doc->Add(Settings("Source", 0), Picture(1), nullptr, NoMask());
+  SettingsCore blurred(TestEffect::Make("Blur", 2));
+  blurred.GetEffectsSettings().SetEffectsConst(
+      {TestEffect::Make("Blur", 2), TestEffect::Make("Invert", 5)});
+  doc->Add(blurred, Picture(2), nullptr, NoMask());
+  doc->AddMask(MaskPicture(0, 2, 0, 2, 90), Mask(0, 2, 0, 2, TestPainter::Make(12)));
+  const Core::Property tree = Core::PropertySerializer::FromString(Save(*doc));
+
+  const auto expectNotImplemented = [&] {
+    try {
+      Load(tree);
+      ADD_FAILURE() << "loaded steps holding a host's effects and painters";
+    } catch (const CanvaroException& e) {
+      const std::string* description = boost::get_error_info<TagDescription>(e);
+      ASSERT_NE(description, nullptr);
+      EXPECT_EQ(*description, "Not implemented");
+      EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+    }
+  };
+  expectNotImplemented();
+
+  IEffectSettings::RegisterEffectCreator("TestEffect", [] { return TestEffect::Make(""); });
+  expectNotImplemented();  // the painter still has no creator
+  ISettingsPainter::RegisterPainterCreator("TestPainter", [] { return TestPainter::Make(0); });
+  const ICanvaroUndoPtr loaded = Load(tree);
+  EXPECT_EQ(Walk(*loaded), Walk(*doc));
+  EXPECT_EQ(loaded->GetSettings(1), doc->GetSettings(1));
+  const auto* painter =
+      dynamic_cast<const TestPainter*>(loaded->GetMaskInfo(1).GetInfoEx().GetPainter().get());
+  ASSERT_NE(painter, nullptr);
+  EXPECT_EQ(painter->GetBrushSize(), 12);
+
+  EXPECT_TRUE(IEffectSettings::UnregisterEffectCreator("TestEffect"));
+  EXPECT_TRUE(ISettingsPainter::UnregisterPainterCreator("TestPainter"));
+  expectNotImplemented();
 }
 
 TEST_F(CanvaroUndoSerializeTest, AMissingSwapFileFailsWithTheSwapFileCode) {

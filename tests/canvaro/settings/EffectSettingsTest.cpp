@@ -72,9 +72,35 @@ TEST(EffectSettingsTest, WritesAndReadsTheImplementationName) {
   EXPECT_EQ(keeps.GetImplName(), "reference");
 }
 
-TEST(EffectSettingsTest, FactoryIsNotImplementedForAnyName) {
+TEST(EffectSettingsTest, FactoryMakesOnlyWhatAHostRegistered) {
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings(""); });
+
+  const auto code = [](auto call) {
+    try {
+      call();
+    } catch (const CanvaroException& e) {
+      const CanvaroError* found = boost::get_error_info<TagCanvaroErrorCode>(e);
+      return found != nullptr ? static_cast<int>(*found) : -1;
+    }
+    return 0;
+  };
+  const auto make = [] { return IEffectSettings::Ptr(TestEffect::Make("Made", 7)); };
+  EXPECT_EQ(code([&] { IEffectSettings::RegisterEffectCreator("", make); }),
+            static_cast<int>(CanvaroError::InvalidArgument));
+  EXPECT_EQ(code([] { IEffectSettings::RegisterEffectCreator("TestEffect", nullptr); }),
+            static_cast<int>(CanvaroError::InvalidArgument));
+  ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
+
+  IEffectSettings::RegisterEffectCreator("TestEffect", [] { return IEffectSettings::Ptr(); });
+  EXPECT_EQ(code([] { IEffectSettings::CreateEffectSettings("TestEffect"); }),
+            static_cast<int>(CanvaroError::InvalidState));
+  IEffectSettings::RegisterEffectCreator("TestEffect", make);  // replaces
+  EXPECT_EQ(IEffectSettings::CreateEffectSettings("TestEffect")->GetSettings().GetTypeName(),
+            "Made");
+  EXPECT_TRUE(IEffectSettings::UnregisterEffectCreator("TestEffect"));
+  EXPECT_FALSE(IEffectSettings::UnregisterEffectCreator("TestEffect"));
+  ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
 }
 
 TEST(EffectSettingsListTest, CopyListSharesAndAppends) {
