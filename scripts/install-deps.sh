@@ -13,6 +13,8 @@ packages=(
   libavutil-dev
   nlohmann-json3-dev
   libpng-dev
+  libcli11-dev
+  doxygen
   libgtest-dev libgmock-dev googletest
   libbenchmark-dev
 )

@@ -35,6 +35,9 @@
 #include "kelbra/ROI.h"
 #include "kelbra/RefCount.h"
 
+// Version.
+#include "canvaro/version.h"
+
 // Foundations.
 #include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/foundation/SerializeNames.h"
@@ -72,6 +75,7 @@
 
 // Undo engine, frame storage, masks, shape histories and the document.
 #include "canvaro/Undo/DrawerEventForwarder.h"
+#include "canvaro/Undo/DrawerEventObserver.h"
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/ICanvaroShape.h"
 #include "canvaro/Undo/ICanvaroUndo.h"

@@ -3,6 +3,14 @@
 namespace canvaro_test {
 
 LogCapture::LogCapture(int verbosity) : previousVerbosity_(FLAGS_v) {
+  // The library logs only once glog is set up, as a host would set it up; the test process keeps
+  // no log files and prints errors only.
+  if (!google::IsGoogleLoggingInitialized()) {
+    google::InitGoogleLogging("canvaro_tests");
+    for (google::LogSeverity severity = 0; severity < google::NUM_SEVERITIES; ++severity) {
+      google::SetLogDestination(severity, "");
+    }
+  }
   if (verbosity > FLAGS_v) FLAGS_v = verbosity;
   google::AddLogSink(this);
 }

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include <glog/logging.h>
+#include "canvaro/foundation/Log.h"
 #include <boost/assert/source_location.hpp>
 #include <boost/throw_exception.hpp>
 
@@ -98,7 +98,7 @@ CanvaroUndo::CanvaroUndo(const ioPath& swapDirectory, std::function<std::string(
 }
 
 CanvaroUndo::~CanvaroUndo() {
-  LOG(INFO) << "Data size: " << GetCoreSize();
+  CANVARO_LOG(INFO) << "Data size: " << GetCoreSize();
   shapes_->UnregisterEventHandler(&events_);
   events_.UnregisterEventHandler(manager_.get());
 }
@@ -193,7 +193,7 @@ void CanvaroUndo::ReleaseReplaced(Index frame, std::shared_ptr<MaskUndo> mask) {
       storage_.Reset(index, nullptr);
     } catch (const std::exception& e) {
       // The step is already replaced; a file that cannot be removed only costs disk space.
-      LOG(WARNING) << "Cannot release replaced picture " << index << ": " << e.what();
+      CANVARO_LOG(WARNING) << "Cannot release replaced picture " << index << ": " << e.what();
     }
   }
 }

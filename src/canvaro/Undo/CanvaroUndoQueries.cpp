@@ -1,6 +1,6 @@
 // The document's queries, its memory policy, the drawable frame info and the shape operations it
 // forwards to its shape set.
-#include <glog/logging.h>
+#include "canvaro/foundation/Log.h"
 
 #include "canvaro/Undo/CanvaroUndo.h"
 #include "canvaro/Undo/ShapeUndo.h"
@@ -90,7 +90,7 @@ void CanvaroUndo::CheckForSize() const {
   if (swapDirectory_.empty()) return;
   const std::uint64_t size = GetCoreSize();
   if (size < kMemoryThreshold) return;
-  LOG(WARNING) << "Memory usage: " << size << ". Swap required";
+  CANVARO_LOG(WARNING) << "Memory usage: " << size << ". Swap required";
   std::vector<Index> keep;
   if (GetItemCount() != 0 && GetCurrentIndexImpl() != kNoIndex) {
     keep.push_back(Get(GetCurrentIndexImpl()).GetFrameIndex());

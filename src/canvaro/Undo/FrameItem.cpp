@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include <glog/logging.h>
+#include "canvaro/foundation/Log.h"
 
 #include "canvaro/CoreUtil/RawFrame.h"
 #include "canvaro/foundation/Throw.h"
@@ -46,7 +46,7 @@ boost::exception_ptr CaptureSwapFileFailure(const std::string& description) {
 [[noreturn]] void ThrowSwapFileFailure(const std::string& what, const ioPath& file,
                                        const boost::source_location& where) {
   const std::string cause = DescribeCurrentException();
-  LOG(ERROR) << cause;
+  CANVARO_LOG(ERROR) << cause;
   ThrowCoded(CanvaroError::SwapFileFailure, what + " '" + file.utf8() + "': " + cause, where);
 }
 
@@ -101,20 +101,20 @@ void FrameItem::ReleaseFileLocked() {
 bool FrameItem::CheckForSave(const ioPath& candidate) {
   std::lock_guard lock(mutex_);
   if (!frame_) {
-    VLOG(30) << "Checking for save" << candidate << ": no frame";
+    CANVARO_VLOG(30) << "Checking for save" << candidate << ": no frame";
     return false;
   }
   if (!fileName_.empty()) {
     if (!(swapDirectory_ / fileName_).exists()) {
-      LOG(WARNING) << "Checking for save" << candidate << ": already queued for save as "
+      CANVARO_LOG(WARNING) << "Checking for save" << candidate << ": already queued for save as "
                    << fileName_;
       return false;
     }
-    VLOG(30) << "Checking for save" << candidate << ": already saved as " << fileName_;
+    CANVARO_VLOG(30) << "Checking for save" << candidate << ": already saved as " << fileName_;
     SetFrameLocked(nullptr);
     return false;
   }
-  VLOG(30) << "Checking for save" << candidate << ": need save";
+  CANVARO_VLOG(30) << "Checking for save" << candidate << ": need save";
   fileName_ = candidate;
   return true;
 }
@@ -123,9 +123,9 @@ boost::exception_ptr FrameItem::Save() const {
   // The whole save runs under the item mutex: the storage's thread may reset or drop the item
   // at any time, and it does so under the same mutex.
   std::lock_guard lock(mutex_);
-  VLOG(30) << "Trying to save " << fileName_;
+  CANVARO_VLOG(30) << "Trying to save " << fileName_;
   if (!frame_) {
-    LOG(ERROR) << "Frame is dead, nothing to save";
+    CANVARO_LOG(ERROR) << "Frame is dead, nothing to save";
     return {};
   }
   // Reset to a new picture after it was queued: the item is in memory only and has no file.
@@ -133,11 +133,11 @@ boost::exception_ptr FrameItem::Save() const {
   try {
     WriteLocked();
     SetFrameLocked(nullptr);
-    VLOG(30) << "Saving " << fileName_ << " done";
+    CANVARO_VLOG(30) << "Saving " << fileName_ << " done";
     return {};
   } catch (...) {
     const std::string cause = DescribeCurrentException();
-    LOG(ERROR) << cause;
+    CANVARO_LOG(ERROR) << cause;
     SetFrameLocked(nullptr);
     return CaptureSwapFileFailure("Cannot write swap file '" + (swapDirectory_ / fileName_).utf8() +
                                   "': " + cause);
@@ -148,10 +148,10 @@ void FrameItem::LoadFrame() const {
   try {
     std::lock_guard lock(mutex_);
     if (fileName_.empty()) {
-      LOG(WARNING) << "Trying to load nameless file";
+      CANVARO_LOG(WARNING) << "Trying to load nameless file";
       return;
     }
-    VLOG(30) << "Trying to load " << fileName_;
+    CANVARO_VLOG(30) << "Trying to load " << fileName_;
     Proc::IDataVideoPtr loaded;
     CoreUtil::LoadRawFrame(loaded, Core::DataInputFile::Create(swapDirectory_ / fileName_));
     // The record's geometry is what queries report while the picture is on disk; a file that
@@ -163,7 +163,7 @@ void FrameItem::LoadFrame() const {
                                 std::to_string(info_.width) + " x " + std::to_string(info_.height));
     }
     SetFrameLocked(loaded);
-    VLOG(30) << "Loading " << fileName_ << " done";
+    CANVARO_VLOG(30) << "Loading " << fileName_ << " done";
   } catch (...) {
     ioPath file;
     {

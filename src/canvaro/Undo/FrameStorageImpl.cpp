@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include <glog/logging.h>
+#include "canvaro/foundation/Log.h"
 
 #include "canvaro/Undo/StorageNames.h"
 #include "canvaro/foundation/Throw.h"
@@ -34,9 +34,9 @@ FrameStorage::Impl::~Impl() {
     try {
       Core::RemoveDir(swapDirectory_);
     } catch (const std::exception& e) {
-      LOG(ERROR) << "Cannot remove the swap directory of a failed storage: " << e.what();
+      CANVARO_LOG(ERROR) << "Cannot remove the swap directory of a failed storage: " << e.what();
     } catch (...) {
-      LOG(ERROR) << "Cannot remove the swap directory of a failed storage: Unknown error";
+      CANVARO_LOG(ERROR) << "Cannot remove the swap directory of a failed storage: Unknown error";
     }
   }
 }
@@ -178,7 +178,7 @@ std::vector<ioPath> FrameStorage::Impl::DrawNames(std::size_t count) const {
       names.push_back(name);
       continue;
     }
-    LOG(WARNING) << "Swap file name '" << name.utf8()
+    CANVARO_LOG(WARNING) << "Swap file name '" << name.utf8()
                  << "' is already in use or not a file name; drawing another";
     if (++skipped > kMaxSkipped) {
       ThrowCoded(CanvaroError::InvalidState,
@@ -277,7 +277,7 @@ void FrameStorage::Impl::SaveThreadFunction() {
       saveQueue_.pop_front();
     }
 
-    LOG(INFO) << "Swap started";
+    CANVARO_LOG(INFO) << "Swap started";
     boost::exception_ptr firstError;
     for (const auto& item : batch) {
       boost::exception_ptr error = item->Save();
@@ -294,7 +294,7 @@ void FrameStorage::Impl::SaveThreadFunction() {
         Fail("Unknown error");
       }
     }
-    LOG(INFO) << "Swap done";
+    CANVARO_LOG(INFO) << "Swap done";
     batch.clear();
 
     {

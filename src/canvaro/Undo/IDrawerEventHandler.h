@@ -7,7 +7,7 @@
 //
 //   class Surface : public IDrawerEventHandler {
 //     void HandleFrame(const DrawerEventFrame& e) override { Redraw(e.reason); }
-//     ...   // every operation is implemented; ignore the ones you do not need
+//     ...   // all seven handlers; derive from DrawerEventObserver to override only some
 //   };
 //   document->RegisterEventHandler(&surface);
 //

@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include <glog/logging.h>
+#include "canvaro/foundation/Log.h"
 
 #include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/foundation/Throw.h"
@@ -296,8 +296,8 @@ void MaskUndo::FinishCount() {
   if (total == 0 && GetItemCount() != 0 && GetWorkingIndex() != kNoIndex) {
     GetStorage()->Reset(GetWorkingIndex(), nullptr);
   }
-  LOG(INFO) << "Mask size: " << stats_.GetBox();
-  LOG(INFO) << "Mask pixel count: " << total;
+  CANVARO_LOG(INFO) << "Mask size: " << stats_.GetBox();
+  CANVARO_LOG(INFO) << "Mask pixel count: " << total;
 }
 
 void MaskUndo::CopyFrom(const MaskUndo& other) {

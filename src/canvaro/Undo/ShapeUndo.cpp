@@ -1,6 +1,6 @@
 #include "canvaro/Undo/ShapeUndo.h"
 
-#include <glog/logging.h>
+#include "canvaro/foundation/Log.h"
 
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/foundation/CanvaroException.h"
@@ -209,7 +209,7 @@ double ShapeUndo::GenerateNewZValue() const {
     return (InfoTypeBase::ZValueMax - InfoTypeBase::ZValueMin) * 0.5;
   }
   if (top + 1 <= InfoTypeBase::ZValueMax) return top + 1;
-  LOG(ERROR) << "ZValue for new ShapeInfo item is greater than maximum allowed! Shape items "
+  CANVARO_LOG(ERROR) << "ZValue for new ShapeInfo item is greater than maximum allowed! Shape items "
                 "count is "
              << items_.size() << ".";
   return InfoTypeBase::ZValueMax;

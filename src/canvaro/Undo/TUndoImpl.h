@@ -40,7 +40,6 @@
 
 #include "canvaro/Undo/IMultiUndoItem.h"
 #include "canvaro/foundation/CanvaroException.h"
-#include "canvaro/foundation/Throw.h"
 #include "kelbra/Drevin/ISerializer.h"
 #include "kelbra/Proc/IDataVideo.h"
 #include "kelbra/RefCount.h"
@@ -62,6 +61,11 @@ inline const std::string ITEMS = "Items";
 inline const std::string INFO = "Info";
 inline const std::string FRAME_INDEX = "FrameIndex";
 }  // namespace detail::UndoKeys
+
+namespace detail {
+// Throws CanvaroError::InvalidDocument for a saved history index outside its items.
+[[noreturn]] void ThrowBadHistoryIndex(std::int64_t index, std::size_t items);
+}  // namespace detail
 
 template <class Info, class Mask>
 class TUndoImpl : public virtual Drevin::ISerializable {
@@ -138,10 +142,7 @@ class TUndoImpl : public virtual Drevin::ISerializable {
     }
     const std::int32_t current = serializer->ReadInt(detail::UndoKeys::INDEX, -1);
     if (current < -1 || current >= static_cast<std::int64_t>(items.size())) {
-      ThrowCoded(CanvaroError::InvalidDocument,
-                 "Saved history index " + std::to_string(current) + " is outside its " +
-                     std::to_string(items.size()) + " items",
-                 BOOST_CURRENT_LOCATION);
+      detail::ThrowBadHistoryIndex(current, items.size());
     }
     items_ = std::move(items);
     current_ = current;

@@ -4,7 +4,7 @@
 #include <set>
 #include <utility>
 
-#include <glog/logging.h>
+#include "canvaro/foundation/Log.h"
 
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/TUndoImpl.h"
@@ -143,9 +143,9 @@ void UndoManager::TransactionRollback() {
     try {
       (*it)->MultiUndo();
     } catch (const std::exception& e) {
-      LOG(ERROR) << "Rolling back '" << (*it)->GetMultiName() << "' failed: " << e.what();
+      CANVARO_LOG(ERROR) << "Rolling back '" << (*it)->GetMultiName() << "' failed: " << e.what();
     } catch (...) {
-      LOG(ERROR) << "Rolling back '" << (*it)->GetMultiName() << "' failed: Unknown error";
+      CANVARO_LOG(ERROR) << "Rolling back '" << (*it)->GetMultiName() << "' failed: Unknown error";
     }
   }
   inTransaction_ = false;
@@ -159,9 +159,9 @@ RAII::UndoTransactionGuard::~UndoTransactionGuard() noexcept {
       manager_.TransactionRollback();
     }
   } catch (const std::exception& e) {
-    LOG(ERROR) << "Ending an undo transaction failed: " << e.what();
+    CANVARO_LOG(ERROR) << "Ending an undo transaction failed: " << e.what();
   } catch (...) {
-    LOG(ERROR) << "Ending an undo transaction failed: Unknown error";
+    CANVARO_LOG(ERROR) << "Ending an undo transaction failed: Unknown error";
   }
 }
 
