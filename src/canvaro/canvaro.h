@@ -1,9 +1,10 @@
-// canvaro: the document model and edit history of a raster picture editor.
-//
-// This header includes the whole public API: the library (namespace Kelbra::Canvaro) and the
-// platform layer it is built on (Kelbra, Kelbra::Core, Kelbra::Proc, Kelbra::Conf,
-// Kelbra::Drevin). Link the CMake target Canvaro::canvaro. A host starts with
-// ICanvaroUndo::Create (canvaro/Undo/ICanvaroUndo.h).
+/// \file
+/// canvaro: the document model and edit history of a raster picture editor.
+///
+/// This header includes the whole public API: the library (namespace Kelbra::Canvaro) and the
+/// platform layer it is built on (Kelbra, Kelbra::Core, Kelbra::Proc, Kelbra::Conf,
+/// Kelbra::Drevin). Link the CMake target Canvaro::canvaro. A host starts with
+/// ICanvaroUndo::Create (canvaro/Undo/ICanvaroUndo.h).
 #pragma once
 
 // Platform layer.

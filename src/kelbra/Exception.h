@@ -1,17 +1,18 @@
-// The platform's exception base and the error information that travels with it.
-//
-// Kelbra::Exception is both a std::exception and a boost::exception, so any exception of the
-// platform or of the libraries above it carries Boost error-info records:
-//
-//   throw Kelbra::Core::CoreException() << Kelbra::TagDescription("cannot open 'a.raw'");
-//   ...
-//   if (auto* text = boost::get_error_info<Kelbra::TagDescription>(e)) show(*text);
-//
-// AddStack attaches the current call stack (TagCallStack) to an exception before it is thrown.
-// Capturing a stack costs a few microseconds: only the return addresses are recorded at the
-// throw, and they are turned into text (function names, files and lines) when first read.
-// what() gives a readable one-line message: the exception's type and, when it has one, its
-// description.
+/// \file
+/// The platform's exception base and the error information that travels with it.
+///
+/// Kelbra::Exception is both a std::exception and a boost::exception, so any exception of the
+/// platform or of the libraries above it carries Boost error-info records:
+///
+///   throw Kelbra::Core::CoreException() << Kelbra::TagDescription("cannot open 'a.raw'");
+///   ...
+///   if (auto* text = boost::get_error_info<Kelbra::TagDescription>(e)) show(*text);
+///
+/// AddStack attaches the current call stack (TagCallStack) to an exception before it is thrown.
+/// Capturing a stack costs a few microseconds: only the return addresses are recorded at the
+/// throw, and they are turned into text (function names, files and lines) when first read.
+/// what() gives a readable one-line message: the exception's type and, when it has one, its
+/// description.
 #pragma once
 
 #include <exception>
@@ -26,19 +27,19 @@
 
 namespace Kelbra {
 
-// A human-readable description of the failure.
+/// A human-readable description of the failure.
 using TagDescription = boost::error_info<struct TagDescriptionTag, std::string>;
 
-// A call stack captured as return addresses; rendered to text on first use and then kept.
-// Copies share the captured frames and the rendered text. Safe to read from several threads.
+/// A call stack captured as return addresses; rendered to text on first use and then kept.
+/// Copies share the captured frames and the rendered text. Safe to read from several threads.
 class CallStack {
  public:
-  // Captures the stack of the calling thread, leaving out `skip` innermost frames (besides
-  // this constructor's own). Never throws; an unreadable stack is empty.
+  /// Captures the stack of the calling thread, leaving out `skip` innermost frames (besides
+  /// this constructor's own). Never throws; an unreadable stack is empty.
   explicit CallStack(std::size_t skip = 0) noexcept;
 
-  // The stack, one frame per line (function, and file:line where debug information allows).
-  // Rendered on the first call (which may take milliseconds); valid as long as any copy lives.
+  /// The stack, one frame per line (function, and file:line where debug information allows).
+  /// Rendered on the first call (which may take milliseconds); valid as long as any copy lives.
   const std::string& str() const;
   operator const std::string&() const { return str(); }
   bool empty() const;
@@ -49,7 +50,7 @@ class CallStack {
 };
 std::ostream& operator<<(std::ostream& out, const CallStack& stack);
 
-// The call stack at the point where the exception was made. Read it with str().
+/// The call stack at the point where the exception was made. Read it with str().
 using TagCallStack = boost::error_info<struct TagCallStackTag, CallStack>;
 
 class Exception : public virtual std::exception, public virtual boost::exception {
@@ -59,21 +60,21 @@ class Exception : public virtual std::exception, public virtual boost::exception
   Exception& operator=(const Exception&) = default;
   ~Exception() override;
 
-  // "<type>: <description>", or just the type when there is no description. The text is built
-  // on each call and stays valid until the next call on the same object.
+  /// "<type>: <description>", or just the type when there is no description. The text is built
+  /// on each call and stays valid until the next call on the same object.
   const char* what() const noexcept override;
 
  private:
   mutable std::string message_;
 };
 
-// The current call stack as text, one frame per line (function, and file:line where debug
-// information allows). Renders at once, which takes milliseconds; AddStack defers that. Never
-// throws; gives an empty string if the stack cannot be read.
+/// The current call stack as text, one frame per line (function, and file:line where debug
+/// information allows). Renders at once, which takes milliseconds; AddStack defers that. Never
+/// throws; gives an empty string if the stack cannot be read.
 std::string GetCallStack();
 
-// Attaches GetCallStack() under TagCallStack and returns the same exception, so that it can be
-// thrown in one expression: boost::throw_exception(AddStack(MyError()), BOOST_CURRENT_LOCATION).
+/// Attaches GetCallStack() under TagCallStack and returns the same exception, so that it can be
+/// thrown in one expression: boost::throw_exception(AddStack(MyError()), BOOST_CURRENT_LOCATION).
 template <class E>
 E&& AddStack(E&& e) {
   e << TagCallStack(CallStack(1));

@@ -1,4 +1,5 @@
-// ROI: a crop rectangle in pixels (left, top, width, height).
+/// \file
+/// ROI: a crop rectangle in pixels (left, top, width, height).
 #pragma once
 
 #include <cstdint>

@@ -8,6 +8,7 @@
 
 #include "DemoOutput.h"
 #include "ToolRunner.h"
+#include "canvaro/version.h"
 
 namespace {
 
@@ -25,9 +26,17 @@ TEST(CommandLineTest, EveryCommandExplainsItself) {
     EXPECT_EQ(run.status, 0) << command;
     EXPECT_THAT(run.out, StartsWith("Usage: canvaro " + command)) << command;
   }
-  const ToolRun overview = RunTool({"--help"});
-  EXPECT_EQ(overview.status, 0);
-  EXPECT_THAT(overview.out, HasSubstr("export"));
+  for (const std::string command : {"demo", "inspect", "verify", "export"}) {
+    EXPECT_EQ(RunTool({"help", command}).out, RunTool({command, "--help"}).out) << command;
+  }
+  for (const std::vector<std::string>& args : {std::vector<std::string>{"--help"}, {"help"}}) {
+    const ToolRun overview = RunTool(args);
+    EXPECT_EQ(overview.status, 0);
+    EXPECT_THAT(overview.out, HasSubstr("export"));
+  }
+  const ToolRun version = RunTool({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out, std::string("canvaro ") + CANVARO_VERSION_STRING + "\n");
 }
 
 TEST(CommandLineTest, UsageErrorsExitWithTwoAndOneLine) {
@@ -44,7 +53,13 @@ TEST(CommandLineTest, UsageErrorsExitWithTwoAndOneLine) {
       {"inspect", "a", "b"},
       {"verify", "--json", "doc"},
       {"export", "doc"},
-      {"export", "doc", "--out", "x.png", "--step", "-1"},
+      {"export", "doc", "--out", "x.png", "--item", "-1"},
+      {"export", "doc", "--out", "x.png", "--step", "1"},
+      {"export", "doc", "--out", "x.png", "--out", "y.png"},
+      {"inspect", "doc", "--json", "--json"},
+      {"demo", "--verbose", "--verbose"},
+      {"inspect", "--", "doc", "--json"},
+      {"help", "paint"},
   };
   for (const auto& args : cases) {
     const ToolRun run = RunTool(args);

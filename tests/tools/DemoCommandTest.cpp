@@ -47,7 +47,7 @@ TEST_F(DemoCommandTest, APngPictureBecomesTheSourceItem) {
   ASSERT_EQ(run.status, 0) << run.out << run.err;
   EXPECT_THAT(run.out, HasSubstr("in.png (40x30 RGBA"));
   const ToolRun exported =
-      RunTool({"export", Path("demo").string(), "--step", "0", "--out", Path("back.png").string()});
+      RunTool({"export", Path("demo").string(), "--item", "0", "--out", Path("back.png").string()});
   ASSERT_EQ(exported.status, 0) << exported.err;
   EXPECT_EQ(canvaro_tool::ReadPngRgba(Path("back.png")).pixels, source.pixels);
 }

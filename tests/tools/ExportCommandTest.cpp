@@ -31,7 +31,7 @@ TEST_F(ExportCommandTest, ThePictureIsThePixelsOfItsSwapFile) {
   for (int item = 0; item <= kSteps; ++item) {
     const fs::path png = Out("item" + std::to_string(item) + ".png");
     const ToolRun run =
-        RunTool({"export", Demo().string(), "--step", std::to_string(item), "--out", png.string()});
+        RunTool({"export", Demo().string(), "--item", std::to_string(item), "--out", png.string()});
     ASSERT_EQ(run.status, 0) << run.err;
     Kelbra::Proc::IDataVideoPtr raw;
     const std::string file = doc["items"]["list"][item]["frame"]["file"];
@@ -61,7 +61,7 @@ TEST_F(ExportCommandTest, TheMaskShowsEveryPaintedPixelInItsBrushColour) {
   for (int item = 1; item <= kSteps; ++item) {
     const Json& mask = doc["items"]["list"][item]["mask"];
     const fs::path png = Out("mask" + std::to_string(item) + ".png");
-    const ToolRun run = RunTool({"export", Demo().string(), "--step", std::to_string(item),
+    const ToolRun run = RunTool({"export", Demo().string(), "--item", std::to_string(item),
                                  "--mask", "--out", png.string()});
     ASSERT_EQ(run.status, 0) << run.err;
     const canvaro_tool::RgbaImage image = canvaro_tool::ReadPngRgba(png);
@@ -77,7 +77,7 @@ TEST_F(ExportCommandTest, TheMaskShowsEveryPaintedPixelInItsBrushColour) {
   }
   // The source item has no mask: a black picture of its size.
   const ToolRun blank = RunTool(
-      {"export", Demo().string(), "--step", "0", "--mask", "--out", Out("blank.png").string()});
+      {"export", Demo().string(), "--item", "0", "--mask", "--out", Out("blank.png").string()});
   ASSERT_EQ(blank.status, 0) << blank.err;
   EXPECT_THAT(blank.out, HasSubstr("nothing painted"));
   EXPECT_EQ(canvaro_tool::ReadPngRgba(Out("blank.png")).width, 48u);
@@ -88,8 +88,8 @@ TEST_F(ExportCommandTest, BadRequestsFailWithOneLine) {
   const std::string file = Inspect()["items"]["list"][2]["frame"]["file"];
   fs::remove(dir / "swap" / file);
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-      {{"export", Demo().string(), "--step", "99", "--out", Out("a.png").string()}, "no item 99"},
-      {{"export", dir.string(), "--step", "2", "--out", Out("b.png").string()},
+      {{"export", Demo().string(), "--item", "99", "--out", Out("a.png").string()}, "no item 99"},
+      {{"export", dir.string(), "--item", "2", "--out", Out("b.png").string()},
        "missing swap file"},
       {{"export", Demo().string(), "--out", (Out("no-such-dir") / "c.png").string()},
        "cannot write"},

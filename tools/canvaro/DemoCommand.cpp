@@ -1,6 +1,7 @@
 // canvaro demo: a scripted editing session as a host runs it, saved, reloaded and checked, with
 // a summary of what it cost.
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -9,7 +10,6 @@
 
 #include <glog/logging.h>
 
-#include "Arguments.h"
 #include "BuiltInPicture.h"
 #include "Commands.h"
 #include "DemoSession.h"
@@ -33,30 +33,6 @@ namespace Proc = Kelbra::Proc;
 using namespace Kelbra::Canvaro;
 
 namespace {
-
-constexpr const char* kHelp =
-    R"(Usage: canvaro demo [--picture FILE.png] [--size WxH] [--steps N] [--out DIR] [--verbose]
-
-Runs a scripted editing session on a document, as a host application would: each step renders a
-new picture with one of the tool's effects (brightness, blur, invert) and adds it with its
-settings, paints mask strokes with several brushes, places, moves, restyles and removes shapes of
-every kind in transactions, and undoes and redoes across them. Then it saves the document, loads
-it into a fresh document and checks every step pixel for pixel, and prints a summary.
-
-Output: DIR/document.json (the document's text form) and DIR/swap/ (its swap files). A DIR from
-an earlier run is reused; a directory holding anything else is refused.
-
-Options:
-  --picture FILE  the source picture (PNG); default: a built-in generated picture
-  --size WxH      the size of the built-in picture (default 4000x3000, large enough that the
-                  250 MiB memory budget swaps pictures to disk)
-  --steps N       number of editing steps, 1 to 500 (default 12)
-  --out DIR       output directory (default: canvaro-demo)
-  --verbose       show the library's log lines
-  --help          show this help
-
-Exit status: 0 when the reloaded document matched, 1 when it did not or on an error.
-)";
 
 constexpr const char* kScratchFolderName = "reload-check";
 
@@ -117,6 +93,19 @@ void PrepareOutput(const fs::path& dir) {
     throw ToolError("cannot create " + (dir / kSwapFolderName).string() + ": " + error.message());
 }
 
+// `text` as a whole number in [min, max]; `what` names it in the UsageError otherwise.
+std::int64_t ParseInt(const std::string& text, const std::string& what, std::int64_t min,
+                      std::int64_t max) {
+  std::int64_t value = 0;
+  const char* end = text.data() + text.size();
+  const auto [ptr, error] = std::from_chars(text.data(), end, value);
+  if (text.empty() || error != std::errc() || ptr != end || value < min || value > max) {
+    throw UsageError(what + " wants a whole number from " + std::to_string(min) + " to " +
+                     std::to_string(max) + ", not '" + text + "'");
+  }
+  return value;
+}
+
 Kelbra::Conf::FrameInfo ParseSize(const std::string& text) {
   const auto x = text.find('x');
   if (x == std::string::npos)
@@ -162,30 +151,22 @@ StorageFigures Figures(const FrameStorage& storage) {
 
 }  // namespace
 
-int RunDemo(const std::vector<std::string>& args) {
-  const Arguments arguments(
-      args,
-      {{"picture", true}, {"size", true}, {"steps", true}, {"out", true}, {"verbose", false}});
-  if (arguments.Has("help")) {
-    std::cout << kHelp;
-    return 0;
-  }
-  arguments.ExpectPositional(0, 0, "");
-  const int steps = static_cast<int>(arguments.GetInt("steps", 12, 1, 500));
-  const fs::path out = arguments.Get("out").value_or("canvaro-demo");
-  if (arguments.Has("picture") && arguments.Has("size")) {
+int RunDemo(const DemoOptions& options) {
+  const int steps = options.steps;
+  const fs::path out = options.out;
+  if (options.picture && options.size) {
     throw UsageError("--size sets the built-in picture's size; it cannot go with --picture");
   }
   const Kelbra::Conf::FrameInfo size =
-      arguments.Has("size") ? ParseSize(*arguments.Get("size"))
-                            : Kelbra::Conf::FrameInfo{kBuiltInWidth, kBuiltInHeight, 1, 1};
-  if (arguments.Has("verbose")) FLAGS_stderrthreshold = google::GLOG_INFO;
+      options.size ? ParseSize(*options.size)
+                   : Kelbra::Conf::FrameInfo{kBuiltInWidth, kBuiltInHeight, 1, 1};
+  if (options.verbose) FLAGS_stderrthreshold = google::GLOG_INFO;
 
   const auto started = std::chrono::steady_clock::now();
   OperationTimes times;
   Proc::IDataVideoPtr source;
   std::string sourceName;
-  if (const auto picture = arguments.Get("picture")) {
+  if (const auto& picture = options.picture) {
     source = times.Time("read picture", [&] { return ReadPng(*picture); });
     sourceName = fs::path(*picture).filename().string();
   } else {

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <iostream>
 
-#include "Arguments.h"
 #include "Commands.h"
 #include "Png.h"
 #include "SavedDocument.h"
@@ -19,21 +18,6 @@ namespace canvaro_tool {
 namespace Proc = Kelbra::Proc;
 
 namespace {
-
-constexpr const char* kHelp =
-    R"(Usage: canvaro export DOC [--step N] [--mask] --out FILE.png [--swap DIR]
-
-Writes the picture of history item N of a saved document as a PNG file, or with --mask its mask
-in force: unpainted pixels black, each brush in a colour of its own (the colours are listed).
-Items are numbered as 'canvaro inspect' shows them; without --step the current item is taken.
-
-Options:
-  --step N     the item (default: the current one)
-  --mask       export the item's mask instead of its picture
-  --out FILE   the PNG file to write
-  --swap DIR   the swap directory (default: 'swap' beside the document)
-  --help       show this help
-)";
 
 // The picture as RGBA rows. Packed RGB, BGR and grey formats with 8 bits per channel convert;
 // others are refused.
@@ -152,23 +136,13 @@ std::string Hex(const std::array<std::uint8_t, 3>& colour) {
 
 }  // namespace
 
-int RunExport(const std::vector<std::string>& args) {
-  const Arguments arguments(args, {{"step", true}, {"mask", false}, {"out", true}, {"swap", true}});
-  if (arguments.Has("help")) {
-    std::cout << kHelp;
-    return 0;
-  }
-  arguments.ExpectPositional(1, 1, "the document to export from (canvaro export DOC --out FILE)");
-  const auto out = arguments.Get("out");
-  if (!out || out->empty()) throw UsageError("missing --out FILE.png");
-  const auto requestedStep = arguments.Get("step");
-  if (requestedStep) ParseInt(*requestedStep, "--step", 0, 0x7fffffff);
-
-  const DocumentPaths paths = ResolveDocument(arguments.Positional()[0], arguments.Get("swap"));
+int RunExport(const ExportOptions& options) {
+  if (options.out.empty()) throw UsageError("--out needs a file name");
+  const std::string* const out = &options.out;
+  const DocumentPaths paths = ResolveDocument(options.document, options.swap);
   const DocumentModel model = ReadDocumentModel(ReadDocumentTree(paths.file));
   if (model.items.empty()) throw ToolError("the document has no history items to export");
-  const std::int64_t step =
-      requestedStep ? ParseInt(*requestedStep, "--step", 0, 0x7fffffff) : model.currentItem;
+  const std::int64_t step = options.item.value_or(model.currentItem);
   if (step < 0 || static_cast<std::size_t>(step) >= model.items.size()) {
     throw ToolError("no item " + std::to_string(step) + ": the document has items 0 to " +
                     std::to_string(model.items.size() - 1));
@@ -179,7 +153,7 @@ int RunExport(const std::vector<std::string>& args) {
     throw ToolError("item " + std::to_string(step) + " has no picture");
   }
 
-  if (!arguments.Has("mask")) {
+  if (!options.mask) {
     const Proc::IDataVideoPtr picture = LoadSwapFile(paths.swapDirectory, *pictureFrame);
     WritePng(*out, ToRgba(*picture));
     std::cout << "Wrote the picture of item " << step << " (" << picture->GetFrameInfo().width

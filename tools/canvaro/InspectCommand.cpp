@@ -6,7 +6,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Arguments.h"
 #include "Commands.h"
 #include "SavedDocument.h"
 #include "ToolError.h"
@@ -17,22 +16,6 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 namespace {
-
-constexpr const char* kHelp =
-    R"(Usage: canvaro inspect DOC [--json] [--swap DIR]
-
-Shows a saved document: its undo steps and their participants, the current step, each history
-item with its picture frame (swap file, geometry, size on disk, present or missing), its mask
-(rectangle, pixel counts per brush) and settings (package, preset), the shapes (kind, visible,
-z value, position, number of states) and a summary of the frames.
-
-DOC is the document file or the directory 'canvaro demo' wrote (DIR/document.json).
-
-Options:
-  --json       print the same as JSON
-  --swap DIR   the swap directory (default: 'swap' beside the document)
-  --help       show this help
-)";
 
 // The frame at `index` with the state of its file.
 Json FrameJson(const DocumentModel& model, const fs::path& swapDirectory, std::int64_t index) {
@@ -256,17 +239,11 @@ void PrintText(const Json& doc, std::ostream& out) {
 
 }  // namespace
 
-int RunInspect(const std::vector<std::string>& args) {
-  const Arguments arguments(args, {{"json", false}, {"swap", true}});
-  if (arguments.Has("help")) {
-    std::cout << kHelp;
-    return 0;
-  }
-  arguments.ExpectPositional(1, 1, "the document to inspect (canvaro inspect DOC)");
-  const DocumentPaths paths = ResolveDocument(arguments.Positional()[0], arguments.Get("swap"));
+int RunInspect(const InspectOptions& options) {
+  const DocumentPaths paths = ResolveDocument(options.document, options.swap);
   const DocumentModel model = ReadDocumentModel(ReadDocumentTree(paths.file));
   const Json doc = BuildJson(model, paths);
-  if (arguments.Has("json")) {
+  if (options.json) {
     std::cout << doc.dump(2) << "\n";
   } else {
     PrintText(doc, std::cout);

@@ -2,7 +2,6 @@
 // indices of its items, masks and shapes point into its frame list.
 #include <iostream>
 
-#include "Arguments.h"
 #include "Commands.h"
 #include "SavedDocument.h"
 #include "SwapFiles.h"
@@ -11,21 +10,6 @@
 namespace canvaro_tool {
 
 namespace {
-
-constexpr const char* kHelp =
-    R"(Usage: canvaro verify DOC [--swap DIR]
-
-Checks that every swap file the document names exists, is whole (its size is the raw frame
-header plus the pixel rows that header describes), holds the geometry the document expects and
-loads; and that every frame the document's items, masks and shapes refer to is in its frame
-list. Prints one line per problem and exits with status 1 when there is one, 0 otherwise.
-
-DOC is the document file or the directory 'canvaro demo' wrote (DIR/document.json).
-
-Options:
-  --swap DIR   the swap directory (default: 'swap' beside the document)
-  --help       show this help
-)";
 
 // Frame indices that point nowhere.
 std::vector<std::string> CheckReferences(const DocumentModel& model) {
@@ -56,14 +40,8 @@ std::vector<std::string> CheckReferences(const DocumentModel& model) {
 
 }  // namespace
 
-int RunVerify(const std::vector<std::string>& args) {
-  const Arguments arguments(args, {{"swap", true}});
-  if (arguments.Has("help")) {
-    std::cout << kHelp;
-    return 0;
-  }
-  arguments.ExpectPositional(1, 1, "the document to verify (canvaro verify DOC)");
-  const DocumentPaths paths = ResolveDocument(arguments.Positional()[0], arguments.Get("swap"));
+int RunVerify(const VerifyOptions& options) {
+  const DocumentPaths paths = ResolveDocument(options.document, options.swap);
   const DocumentModel model = ReadDocumentModel(ReadDocumentTree(paths.file));
 
   std::vector<std::string> problems = CheckReferences(model);

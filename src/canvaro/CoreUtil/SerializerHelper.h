@@ -1,7 +1,8 @@
-// Renders any serializable record as the text form of a property tree, for logs, tests and
-// tools:
-//
-//   std::cout << CoreUtil::SerializerHelper::SerializeToString(settings);
+/// \file
+/// Renders any serializable record as the text form of a property tree, for logs, tests and
+/// tools:
+///
+///   std::cout << CoreUtil::SerializerHelper::SerializeToString(settings);
 #pragma once
 
 #include <string>
@@ -12,7 +13,7 @@ namespace Kelbra::Canvaro::CoreUtil {
 
 class SerializerHelper {
  public:
-  // The record written into an empty tree, as pretty-printed JSON text.
+  /// The record written into an empty tree, as pretty-printed JSON text.
   static std::string SerializeToString(const Drevin::ISerializableBase& object);
 };
 

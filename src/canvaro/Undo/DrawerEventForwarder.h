@@ -1,12 +1,13 @@
-// DrawerEventForwarder: an observer that passes every drawer event it receives on to its own
-// observers, unchanged (copied). A class whose parts raise events that its own observers must
-// see derives from it and registers itself with its parts:
-//
-//   class ShapeSet : public DrawerEventForwarder { ... };
-//   item.RegisterEventHandler(&shapeSet);   // the item's events reach the set's observers
-//
-// With no observers of its own, a forwarder swallows the events. Threads and exceptions as for
-// any observer list (kelbra/Core/EventHandlerList.h).
+/// \file
+/// DrawerEventForwarder: an observer that passes every drawer event it receives on to its own
+/// observers, unchanged (copied). A class whose parts raise events that its own observers must
+/// see derives from it and registers itself with its parts:
+///
+///   class ShapeSet : public DrawerEventForwarder { ... };
+///   item.RegisterEventHandler(&shapeSet);   // the item's events reach the set's observers
+///
+/// With no observers of its own, a forwarder swallows the events. Threads and exceptions as for
+/// any observer list (kelbra/Core/EventHandlerList.h).
 #pragma once
 
 #include "canvaro/Undo/IDrawerEventHandler.h"

@@ -1,14 +1,15 @@
-// DrawerEventObserver: an observer of a document's drawer events that handles none of them, to
-// derive from when a host needs only some.
-//
-//   class Thumbnails : public DrawerEventObserver {
-//     void HandleFrame(const DrawerEventFrame& event) override { Refresh(event.reason); }
-//   };
-//   Thumbnails thumbnails;
-//   document->RegisterEventHandler(&thumbnails);   // not owned: unregister before it goes
-//
-// Every handler of IDrawerEventHandler is overridable and does nothing here. Delivery rules are
-// IDrawerEventHandler's: synchronous, on the publishing thread.
+/// \file
+/// DrawerEventObserver: an observer of a document's drawer events that handles none of them, to
+/// derive from when a host needs only some.
+///
+///   class Thumbnails : public DrawerEventObserver {
+///     void HandleFrame(const DrawerEventFrame& event) override { Refresh(event.reason); }
+///   };
+///   Thumbnails thumbnails;
+///   document->RegisterEventHandler(&thumbnails);   // not owned: unregister before it goes
+///
+/// Every handler of IDrawerEventHandler is overridable and does nothing here. Delivery rules are
+/// IDrawerEventHandler's: synchronous, on the publishing thread.
 #pragma once
 
 #include "canvaro/Undo/IDrawerEventHandler.h"

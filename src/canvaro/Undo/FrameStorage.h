@@ -1,22 +1,24 @@
-// FrameStorage: every full picture that a document's history needs, by frame index, in memory
-// or in a swap file.
-//
-// Frames are added in order (the first gets index 0) and fetched by index; a frame that was
-// swapped out is read back from its file, on the calling thread, when it is fetched. Swap and
-// SwapExcept only name the files and queue them: a worker thread owned by the storage writes
-// them, and then drops the in-memory pictures.
-//
-//   FrameStorage storage("/tmp/doc-swap", [n = 0]() mutable { return "f" + std::to_string(n++); });
-//   Kelbra::Index i = storage.AddFrame(picture);
-//   storage.SwapExcept({i});          // all other frames go to disk, in the background
-//   storage.WaitForPendingSaves();    // only when the files are needed now
-//   auto again = storage.GetFrame(0); // loaded back from its file if it was swapped
-//
-// Errors: a failed write on the worker or a failed read sets a sticky "failed" state, after
-// which every GetFrame throws CanvaroException with code CanvaroError::SwapFileFailure.
-//
-// Threads: all operations are called from one thread (the document's); only the worker runs
-// beside it. The storage never creates its swap directory; the host does.
+/// \file
+/// FrameStorage: every full picture that a document's history needs, by frame index, in memory
+/// or in a swap file.
+///
+/// Frames are added in order (the first gets index 0) and fetched by index; a frame that was
+/// swapped out is read back from its file, on the calling thread, when it is fetched. Swap and
+/// SwapExcept only name the files and queue them: a worker thread owned by the storage writes
+/// them, and then drops the in-memory pictures.
+///
+///   FrameStorage storage("/tmp/doc-swap",
+///                        [n = 0]() mutable { return "f" + std::to_string(n++); });
+///   Kelbra::Index i = storage.AddFrame(picture);
+///   storage.SwapExcept({i});          // all other frames go to disk, in the background
+///   storage.WaitForPendingSaves();    // only when the files are needed now
+///   auto again = storage.GetFrame(0); // loaded back from its file if it was swapped
+///
+/// Errors: a failed write on the worker or a failed read sets a sticky "failed" state, after
+/// which every GetFrame throws CanvaroException with code CanvaroError::SwapFileFailure.
+///
+/// Threads: all operations are called from one thread (the document's); only the worker runs
+/// beside it. The storage never creates its swap directory; the host does.
 #pragma once
 
 #include <cstdint>
@@ -37,56 +39,56 @@ class FrameStorage : public virtual Drevin::ISerializable {
  public:
   class Impl;
 
-  // Starts the worker thread. `nameGenerator` gives a new file name, relative to
-  // `swapDirectory`, on every call.
+  /// Starts the worker thread. `nameGenerator` gives a new file name, relative to
+  /// `swapDirectory`, on every call.
   FrameStorage(const ioPath& swapDirectory, std::function<std::string()> nameGenerator);
-  // Lets the worker write every queued batch, joins it, and removes the swap directory only if
-  // the storage has failed.
+  /// Lets the worker write every queued batch, joins it, and removes the swap directory only if
+  /// the storage has failed.
   ~FrameStorage() override;
   FrameStorage(const FrameStorage&) = delete;
   FrameStorage& operator=(const FrameStorage&) = delete;
 
-  // Appends a frame holding `frame` (which may be empty); returns its index.
+  /// Appends a frame holding `frame` (which may be empty); returns its index.
   Index AddFrame(const Proc::IDataVideoPtr& frame);
-  // The picture of frame `index`, loaded from its swap file when it is not in memory; empty for
-  // a frame without a picture. Throws CanvaroException (SwapFileFailure) when the storage has
-  // failed or the load fails. `index` must be below GetCount().
+  /// The picture of frame `index`, loaded from its swap file when it is not in memory; empty for
+  /// a frame without a picture. Throws CanvaroException (SwapFileFailure) when the storage has
+  /// failed or the load fails. `index` must be below GetCount().
   Proc::IDataVideoPtr GetFrame(Index index) const;
-  // The geometry of frame `index`, also while it is on disk.
+  /// The geometry of frame `index`, also while it is on disk.
   const Conf::FrameInfo& GetFrameInfo(Index index) const;
-  // Replaces the picture of frame `index` (deleting its swap file) and returns the new picture.
+  /// Replaces the picture of frame `index` (deleting its swap file) and returns the new picture.
   Proc::IDataVideoPtr Reset(Index index, const Proc::IDataVideoPtr& frame);
-  // Drops every frame at `count` and above, deleting their swap files.
+  /// Drops every frame at `count` and above, deleting their swap files.
   void Truncate(Index count);
-  // Bytes of picture data held in memory.
+  /// Bytes of picture data held in memory.
   std::uint64_t GetSize() const;
-  // Queues the listed frames for writing to disk.
+  /// Queues the listed frames for writing to disk.
   void Swap(const std::vector<Index>& indices) const;
-  // Queues every frame except the listed ones for writing to disk.
+  /// Queues every frame except the listed ones for writing to disk.
   void SwapExcept(const std::vector<Index>& keep) const;
 
-  // Writes the record of every frame (file name and geometry), after queueing every frame
-  // that has no file yet.
+  /// Writes the record of every frame (file name and geometry), after queueing every frame
+  /// that has no file yet.
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
-  // Appends the frames of a record; throws CanvaroException (SwapFileFailure) when a named file
-  // does not exist.
+  /// Appends the frames of a record; throws CanvaroException (SwapFileFailure) when a named file
+  /// does not exist.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
-  // Appends one frame read from a single frame record; returns its index.
+  /// Appends one frame read from a single frame record; returns its index.
   Index DeserializeItem(const Drevin::ISerializerConstPtr& serializer);
-  // Writes the record of frame `index` alone, as DeserializeItem reads it, after queueing the
-  // frame for writing when it has a picture but no file yet.
+  /// Writes the record of frame `index` alone, as DeserializeItem reads it, after queueing the
+  /// frame for writing when it has a picture but no file yet.
   void SerializeItem(Index index, const Drevin::ISerializerPtr& serializer) const;
 
   // ---- beyond the document's needs: for hosts, tools and tests ----
 
-  // Number of frames.
+  /// Number of frames.
   Index GetCount() const;
-  // Blocks until the worker has written every batch queued so far.
+  /// Blocks until the worker has written every batch queued so far.
   void WaitForPendingSaves() const;
-  // True once a save or a load has failed.
+  /// True once a save or a load has failed.
   bool IsFailed() const;
   const ioPath& GetSwapDirectory() const;
-  // The swap file name of frame `index` (relative to the swap directory), empty when none.
+  /// The swap file name of frame `index` (relative to the swap directory), empty when none.
   ioPath GetFileName(Index index) const;
 
  private:

@@ -1,22 +1,23 @@
-// IDrawerEventHandler: how the library tells its host (the drawing surface) what changed, and
-// the seven event records it sends.
-//
-// Every history that can change the picture publishes these events on its observer list
-// (DrawerEventHandlerList). The undo manager observes the histories, gathers their events per
-// user action and publishes them again to the host's observers:
-//
-//   class Surface : public IDrawerEventHandler {
-//     void HandleFrame(const DrawerEventFrame& e) override { Redraw(e.reason); }
-//     ...   // all seven handlers; derive from DrawerEventObserver to override only some
-//   };
-//   document->RegisterEventHandler(&surface);
-//
-// Each record starts with its origin (EventOrigin): where in the library it was raised, for
-// diagnostics only. Raisers fill it with EventOrigin::Here(), which records the source file and
-// line of the call; the function name is left empty.
-//
-// Events are delivered synchronously on the publishing thread; records are copied on the way,
-// so a handler may keep what it receives.
+/// \file
+/// IDrawerEventHandler: how the library tells its host (the drawing surface) what changed, and
+/// the seven event records it sends.
+///
+/// Every history that can change the picture publishes these events on its observer list
+/// (DrawerEventHandlerList). The undo manager observes the histories, gathers their events per
+/// user action and publishes them again to the host's observers:
+///
+///   class Surface : public IDrawerEventHandler {
+///     void HandleFrame(const DrawerEventFrame& e) override { Redraw(e.reason); }
+///     ...   // all seven handlers; derive from DrawerEventObserver to override only some
+///   };
+///   document->RegisterEventHandler(&surface);
+///
+/// Each record starts with its origin (EventOrigin): where in the library it was raised, for
+/// diagnostics only. Raisers fill it with EventOrigin::Here(), which records the source file and
+/// line of the call; the function name is left empty.
+///
+/// Events are delivered synchronously on the publishing thread; records are copied on the way,
+/// so a handler may keep what it receives.
 #pragma once
 
 #include <cstdint>
@@ -30,13 +31,13 @@
 
 namespace Kelbra::Canvaro {
 
-// Where a drawer event was raised (diagnostics only; no receiver decides anything on it).
+/// Where a drawer event was raised (diagnostics only; no receiver decides anything on it).
 struct DrawerEventOrigin {
   std::string sourceFile;
   std::string sourceFunction;  // left empty by the library's raisers
   std::int32_t sourceLine = -1;
 
-  // The file and line of the caller.
+  /// The file and line of the caller.
   static DrawerEventOrigin Here(const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
     return DrawerEventOrigin{file, std::string(), line};
   }
@@ -44,23 +45,23 @@ struct DrawerEventOrigin {
 
 class IDrawerEventHandler {
  public:
-  // Why the frame (or a shape) in force changed.
+  /// Why the frame (or a shape) in force changed.
   enum class EventFrameReason : std::uint32_t {
     Undo = 1,    // a step was undone
     Redo = 2,    // a step was redone
     Change = 3,  // a step was added or the one in force replaced
   };
 
-  // Where an event was raised.
+  /// Where an event was raised.
   using EventOrigin = DrawerEventOrigin;
 
-  // A step was added to, undone in or redone in the step list.
+  /// A step was added to, undone in or redone in the step list.
   struct DrawerEventUndo : EventOrigin {
     DrawerEventUndo() = default;
     explicit DrawerEventUndo(EventOrigin origin) : EventOrigin(std::move(origin)) {}
   };
 
-  // The frame in force changed.
+  /// The frame in force changed.
   struct DrawerEventFrame : EventOrigin {
     DrawerEventFrame() = default;
     explicit DrawerEventFrame(EventFrameReason why, EventOrigin origin = {})
@@ -68,7 +69,7 @@ class IDrawerEventHandler {
     EventFrameReason reason = EventFrameReason::Change;
   };
 
-  // The host is to show a temporary picture; the library only passes it on.
+  /// The host is to show a temporary picture; the library only passes it on.
   struct DrawerEventFrameTemporary : EventOrigin {
     DrawerEventFrameTemporary() = default;
     explicit DrawerEventFrameTemporary(Proc::IDataVideoPtr shown, EventOrigin origin = {})
@@ -76,7 +77,7 @@ class IDrawerEventHandler {
     Proc::IDataVideoPtr picture;
   };
 
-  // The host is to show a foreground picture; the library only passes it on.
+  /// The host is to show a foreground picture; the library only passes it on.
   struct DrawerEventForeground : EventOrigin {
     DrawerEventForeground() = default;
     explicit DrawerEventForeground(Proc::IDataVideoPtr shown, EventOrigin origin = {})
@@ -84,7 +85,7 @@ class IDrawerEventHandler {
     Proc::IDataVideoPtr picture;
   };
 
-  // A shape is (again) in force after an edit, an undo or a redo.
+  /// A shape is (again) in force after an edit, an undo or a redo.
   struct DrawerEventShapeItem : EventOrigin {
     DrawerEventShapeItem() = default;
     DrawerEventShapeItem(ShapeInfo current, EventFrameReason why, EventOrigin origin = {})
@@ -93,7 +94,7 @@ class IDrawerEventHandler {
     EventFrameReason reason = EventFrameReason::Change;
   };
 
-  // The current tool changed; toolId is an IToolsId::Value, kNoToolId for none.
+  /// The current tool changed; toolId is an IToolsId::Value, kNoToolId for none.
   struct DrawerEventToolIdChange : EventOrigin {
     static constexpr std::uint32_t kNoToolId = 0xFFFFFFFFu;
     DrawerEventToolIdChange() = default;
@@ -102,7 +103,7 @@ class IDrawerEventHandler {
     std::uint32_t toolId = kNoToolId;
   };
 
-  // The saved state of the document changed, or data was written away to disk.
+  /// The saved state of the document changed, or data was written away to disk.
   struct DrawerEventChangeToSave : EventOrigin {
     DrawerEventChangeToSave() = default;
     explicit DrawerEventChangeToSave(EventOrigin origin) : EventOrigin(std::move(origin)) {}
@@ -119,7 +120,7 @@ class IDrawerEventHandler {
   virtual void HandleChangeShapeItem(const DrawerEventShapeItem& event) = 0;
 };
 
-// The observer list of every publisher of drawer events.
+/// The observer list of every publisher of drawer events.
 using DrawerEventHandlerList = Core::EventHandlerList<IDrawerEventHandler, Core::SyncExecutePolicy>;
 
 }  // namespace Kelbra::Canvaro

@@ -1,5 +1,6 @@
-// Key and name constants of the foundation records. The texts are part of the saved-document
-// format and never change.
+/// \file
+/// Key and name constants of the foundation records. The texts are part of the saved-document
+/// format and never change.
 #pragma once
 
 #include <string>

@@ -1,15 +1,16 @@
-// Tool identifiers: which editor tool made a shape or an effects package.
-//
-// IToolsId::Value is a small enumeration that is stored by name ("SHAPE_LINE"), never by number,
-// so that saved documents survive a renumbering. IToolsId is the interface of an object with a
-// current tool; ToolsId implements it and writes the tool as the entry "ToolName":
-//
-//   ToolsId tool(IToolsId::SHAPE_FRAME);
-//   tool.Serialize(s);                                  // "ToolName" = "SHAPE_FRAME"
-//   IToolsId::GetToolID("SHAPE_LINE") == IToolsId::SHAPE_LINE;
-//   IToolsId::GetToolID("shape_line") == IToolsId::NONE;   // unknown names read as NONE
-//
-// Classes that carry a current tool derive from ToolsId virtually, so each object has one.
+/// \file
+/// Tool identifiers: which editor tool made a shape or an effects package.
+///
+/// IToolsId::Value is a small enumeration that is stored by name ("SHAPE_LINE"), never by number,
+/// so that saved documents survive a renumbering. IToolsId is the interface of an object with a
+/// current tool; ToolsId implements it and writes the tool as the entry "ToolName":
+///
+///   ToolsId tool(IToolsId::SHAPE_FRAME);
+///   tool.Serialize(s);                                  // "ToolName" = "SHAPE_FRAME"
+///   IToolsId::GetToolID("SHAPE_LINE") == IToolsId::SHAPE_LINE;
+///   IToolsId::GetToolID("shape_line") == IToolsId::NONE;   // unknown names read as NONE
+///
+/// Classes that carry a current tool derive from ToolsId virtually, so each object has one.
 #pragma once
 
 #include <cstdint>
@@ -31,19 +32,19 @@ class IToolsId : public virtual Drevin::ISerializable {
     STUB = 5,
   };
 
-  // The value stored under `name` (exact, case-sensitive); NONE for a name not in the table.
+  /// The value stored under `name` (exact, case-sensitive); NONE for a name not in the table.
   static Value GetToolID(const std::string& name);
-  // The stored name of `value`. Throws CanvaroException for a value that is not in the table.
+  /// The stored name of `value`. Throws CanvaroException for a value that is not in the table.
   static const std::string& GetToolName(Value value);
 
   ~IToolsId() override = default;
 
-  // This object seen as its tool.
+  /// This object seen as its tool.
   virtual const IToolsId& GetCurrentTool() const = 0;
   virtual Value GetCurrentToolID() const = 0;
-  // Takes over other.GetCurrentToolID().
+  /// Takes over other.GetCurrentToolID().
   virtual void SetCurrentTool(const IToolsId& other) = 0;
-  // Routes through SetCurrentTool(const IToolsId&), so an override of that one sees both.
+  /// Routes through SetCurrentTool(const IToolsId&), so an override of that one sees both.
   virtual void SetCurrentTool(Value value) = 0;
 };
 
@@ -58,10 +59,10 @@ class ToolsId : public virtual IToolsId {
   void SetCurrentTool(const IToolsId& other) override { value_ = other.GetCurrentToolID(); }
   void SetCurrentTool(Value value) override;
 
-  // Writes "ToolName" = the stored name of the current tool.
+  /// Writes "ToolName" = the stored name of the current tool.
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
-  // Reads "ToolName" (absent reads as the empty name) and sets the tool to its value, so a
-  // missing or unknown name gives NONE.
+  /// Reads "ToolName" (absent reads as the empty name) and sets the tool to its value, so a
+  /// missing or unknown name gives NONE.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
  private:

@@ -1,11 +1,12 @@
-// ArrowInfo: the arrow shape, a line (LineInfoDetails::RenderingType) with a head and a tail
-// whose styles are numbers of the host's arrow-end styles. It follows the picture exactly as a
-// line does.
-//
-//   ShapeInfoBasePtr arrow = ArrowInfo::Create(IToolsId::SHAPE_ARROW);   // head 2, tail 0
-//
-// Keys: the line's, then "ArrowTypeHead", "ArrowTypeTail". Class id "ArrowInfo",
-// ShapeType::Arrow.
+/// \file
+/// ArrowInfo: the arrow shape, a line (LineInfoDetails::RenderingType) with a head and a tail
+/// whose styles are numbers of the host's arrow-end styles. It follows the picture exactly as a
+/// line does.
+///
+///   ShapeInfoBasePtr arrow = ArrowInfo::Create(IToolsId::SHAPE_ARROW);   // head 2, tail 0
+///
+/// Keys: the line's, then "ArrowTypeHead", "ArrowTypeTail". Class id "ArrowInfo",
+/// ShapeType::Arrow.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +21,7 @@ class RenderingType : public LineInfoDetails::RenderingType {
  public:
   static constexpr ShapeType kShapeType = ShapeType::Arrow;
 
-  // The line's parameters and both end styles.
+  /// The line's parameters and both end styles.
   bool operator==(const RenderingType& other) const;
 
   std::int32_t GetHeadType() const { return headType_; }
@@ -28,7 +29,7 @@ class RenderingType : public LineInfoDetails::RenderingType {
   std::int32_t GetTailType() const { return tailType_; }
   void SetTailType(std::int32_t type) { tailType_ = type; }
 
-  // The line's keys, then "ArrowTypeHead", "ArrowTypeTail".
+  /// The line's keys, then "ArrowTypeHead", "ArrowTypeTail".
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 

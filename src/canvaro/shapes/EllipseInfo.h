@@ -1,11 +1,12 @@
-// EllipseInfo: the ellipse shape, inscribed in a box
-// (RectangleInfoDetailsBase::RenderingTypeRectangleBase) centred on the shape's position and
-// turned by its angle, drawn with a stroke (LineInfoBaseDetails::RenderingTypeLineBase).
-//
-//   ShapeInfoBasePtr ellipse = EllipseInfo::Create(IToolsId::SHAPE_FRAME);   // 0.25 x 0.25
-//
-// Keys: "TextColor", "OutlineColor", "Opacity", "Thickness", "OutlineThickness", "Style",
-// "Width", "Height". Class id "EllipseInfo", ShapeType::Ellipse.
+/// \file
+/// EllipseInfo: the ellipse shape, inscribed in a box
+/// (RectangleInfoDetailsBase::RenderingTypeRectangleBase) centred on the shape's position and
+/// turned by its angle, drawn with a stroke (LineInfoBaseDetails::RenderingTypeLineBase).
+///
+///   ShapeInfoBasePtr ellipse = EllipseInfo::Create(IToolsId::SHAPE_FRAME);   // 0.25 x 0.25
+///
+/// Keys: "TextColor", "OutlineColor", "Opacity", "Thickness", "OutlineThickness", "Style",
+/// "Width", "Height". Class id "EllipseInfo", ShapeType::Ellipse.
 #pragma once
 
 #include "canvaro/shapes/LineInfoBase.h"
@@ -23,19 +24,19 @@ class RenderingType : public RenderingTypeBaseToolIdRemovable,
  public:
   static constexpr ShapeType kShapeType = ShapeType::Ellipse;
 
-  // Colours, stroke and box.
+  /// Colours, stroke and box.
   bool operator==(const RenderingType& other) const;
 
-  // As a rectangle's box: the size in pixels is kept across a quarter turn.
+  /// As a rectangle's box: the size in pixels is kept across a quarter turn.
   void Transpose(const Conf::FrameInfo& frame,
                  const Proc::SettingsEffectTranspose& transpose) override;
-  // Box, angle and stroke follow the picture's scaling (IRenderingType::ResizeImpl).
+  /// Box, angle and stroke follow the picture's scaling (IRenderingType::ResizeImpl).
   void Resize(const Conf::FrameInfo& from, const Conf::FrameInfo& to,
               PositionType& position) override;
-  // The box becomes relative to the crop.
+  /// The box becomes relative to the crop.
   void Crop(const Conf::FrameInfo& frame, const ROI& roi) override;
 
-  // The colours, the stroke, then the box.
+  /// The colours, the stroke, then the box.
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 };

@@ -1,11 +1,12 @@
-// RenderingTypeBase: the colours that every shape kind has (main colour, outline colour and
-// opacity), and what removing a shape does. The kinds' rendering types derive from it (through
-// RenderingTypeBaseToolIdRemovable) and add their own parameters.
-//
-// The constructor gives a white shape with a transparent outline; Reset gives opaque black for
-// both. The two really differ: a new shape and a reset shape look different.
-//
-//   "TextColor" and "OutlineColor" are stored as packed RGBA integers, "Opacity" as 0-255.
+/// \file
+/// RenderingTypeBase: the colours that every shape kind has (main colour, outline colour and
+/// opacity), and what removing a shape does. The kinds' rendering types derive from it (through
+/// RenderingTypeBaseToolIdRemovable) and add their own parameters.
+///
+/// The constructor gives a white shape with a transparent outline; Reset gives opaque black for
+/// both. The two really differ: a new shape and a reset shape look different.
+///
+///   "TextColor" and "OutlineColor" are stored as packed RGBA integers, "Opacity" as 0-255.
 #pragma once
 
 #include <cstdint>
@@ -25,16 +26,16 @@ class RenderingTypeBase : public virtual Drevin::ISerializable, public virtual I
   RenderingTypeBase& operator=(const RenderingTypeBase&) = default;
   ~RenderingTypeBase() override = default;
 
-  // Colours and opacity equal.
+  /// Colours and opacity equal.
   bool operator==(const RenderingTypeBase& other) const;
 
-  // Opaque black colour and outline, full opacity.
+  /// Opaque black colour and outline, full opacity.
   void Reset();
 
-  // Hides `shape` and marks it unsaved. `resetTool` is for derived kinds.
+  /// Hides `shape` and marks it unsaved. `resetTool` is for derived kinds.
   virtual void Remove(ShapeInfoBase& shape, bool resetTool) const;
-  // A shape's saved state is its InfoTypeBase flag, passed in as `saved`; kinds whose rendering
-  // parameters can be unsaved on their own would answer otherwise.
+  /// A shape's saved state is its InfoTypeBase flag, passed in as `saved`; kinds whose rendering
+  /// parameters can be unsaved on their own would answer otherwise.
   bool IsSaved(bool saved) const { return saved; }
 
   const Proc::Color& GetColor() const { return color_; }
@@ -44,9 +45,9 @@ class RenderingTypeBase : public virtual Drevin::ISerializable, public virtual I
   std::uint8_t GetOpacity() const { return opacity_; }
   void SetOpacity(std::uint8_t opacity) { opacity_ = opacity; }
 
-  // Writes "TextColor", "OutlineColor", "Opacity", in this order.
+  /// Writes "TextColor", "OutlineColor", "Opacity", in this order.
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
-  // Reads the same keys; an absent key leaves its field as it is.
+  /// Reads the same keys; an absent key leaves its field as it is.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
  private:

@@ -1,6 +1,7 @@
-// RenderingTypeBaseToolIdRemovable: the rendering base of every shape kind. Removing a shape
-// through it can also clear the shape's current tool, so that a removed shape no longer claims
-// the tool that made it.
+/// \file
+/// RenderingTypeBaseToolIdRemovable: the rendering base of every shape kind. Removing a shape
+/// through it can also clear the shape's current tool, so that a removed shape no longer claims
+/// the tool that made it.
 #pragma once
 
 #include "canvaro/shapes/RenderingTypeBase.h"
@@ -9,8 +10,8 @@ namespace Kelbra::Canvaro {
 
 class RenderingTypeBaseToolIdRemovable : public RenderingTypeBase {
  public:
-  // Hides `shape`, marks it unsaved and, when `resetTool` is true, sets its current tool to
-  // NONE.
+  /// Hides `shape`, marks it unsaved and, when `resetTool` is true, sets its current tool to
+  /// NONE.
   void Remove(ShapeInfoBase& shape, bool resetTool) const override;
 };
 

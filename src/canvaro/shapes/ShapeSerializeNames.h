@@ -1,5 +1,6 @@
-// Key constants of the shape model's records. The texts are part of the saved-document format
-// and never change; the shape kinds add their own groups beside these.
+/// \file
+/// Key constants of the shape model's records. The texts are part of the saved-document format
+/// and never change; the shape kinds add their own groups beside these.
 #pragma once
 
 #include <string>
@@ -24,11 +25,11 @@ extern const std::string IS_DEFAULT;      // "PositionDefault"
 }  // namespace PositionType
 
 namespace RenderingTypeBase {
-// The main colour of every kind, not only of text.
+/// The main colour of every kind, not only of text.
 extern const std::string COLOR;          // "TextColor"
 extern const std::string OUTLINE_COLOR;  // "OutlineColor"
 extern const std::string OPACITY;        // "Opacity"
-// Box sizes of rectangles, ellipses, markers and text.
+/// Box sizes of rectangles, ellipses, markers and text.
 extern const std::string WIDTH;   // "Width"
 extern const std::string HEIGHT;  // "Height"
 }  // namespace RenderingTypeBase

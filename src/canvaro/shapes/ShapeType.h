@@ -1,11 +1,12 @@
-// ShapeType: the kind of an annotation shape, one bit per kind, so that a set of kinds is a mask:
-//
-//   ShapeType mask = ShapeType::Line | ShapeType::Arrow;
-//   if (HasAnyOf(mask, shape->GetShapeType())) ...
-//   HasAnyOf(ShapeType::All, anything) == true
-//
-// The values are stored in saved documents only through the kinds' class ids, but hosts pass
-// masks across the interface, so they never change.
+/// \file
+/// ShapeType: the kind of an annotation shape, one bit per kind, so that a set of kinds is a mask:
+///
+///   ShapeType mask = ShapeType::Line | ShapeType::Arrow;
+///   if (HasAnyOf(mask, shape->GetShapeType())) ...
+///   HasAnyOf(ShapeType::All, anything) == true
+///
+/// The values are stored in saved documents only through the kinds' class ids, but hosts pass
+/// masks across the interface, so they never change.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +22,7 @@ enum class ShapeType : std::int32_t {
   Ellipse = 16,
   Marker = 32,
   ShapedArrow = 64,
-  // Every kind, present and future (eleven bits).
+  /// Every kind, present and future (eleven bits).
   All = 2047,
 };
 
@@ -31,7 +32,7 @@ constexpr ShapeType operator|(ShapeType a, ShapeType b) {
 constexpr ShapeType operator&(ShapeType a, ShapeType b) {
   return static_cast<ShapeType>(static_cast<std::int32_t>(a) & static_cast<std::int32_t>(b));
 }
-// True when the two masks share a bit.
+/// True when the two masks share a bit.
 constexpr bool HasAnyOf(ShapeType mask, ShapeType kinds) {
   return (mask & kinds) != ShapeType::None;
 }

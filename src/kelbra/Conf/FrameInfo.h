@@ -1,4 +1,5 @@
-// Conf::FrameInfo: the geometry of a picture (size in pixels and pixel aspect ratio).
+/// \file
+/// Conf::FrameInfo: the geometry of a picture (size in pixels and pixel aspect ratio).
 #pragma once
 
 #include <cstdint>
@@ -9,7 +10,7 @@ namespace Kelbra::Conf {
 struct FrameInfo {
   std::int32_t width = 0;
   std::int32_t height = 0;
-  // Pixel aspect ratio aspectX:aspectY; 0:0 when unknown.
+  /// Pixel aspect ratio aspectX:aspectY; 0:0 when unknown.
   std::int32_t aspectX = 0;
   std::int32_t aspectY = 0;
 

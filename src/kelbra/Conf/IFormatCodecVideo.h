@@ -1,9 +1,10 @@
-// Conf::IFormatCodecVideo: the keys with which records store a picture's geometry
-// (Conf::FrameInfo), one 32-bit integer each.
-//
-//   serializer->WriteInt(Conf::IFormatCodecVideo::TAG_WIDTH, info.width);
-//
-// The key texts are part of saved documents and never change.
+/// \file
+/// Conf::IFormatCodecVideo: the keys with which records store a picture's geometry
+/// (Conf::FrameInfo), one 32-bit integer each.
+///
+///   serializer->WriteInt(Conf::IFormatCodecVideo::TAG_WIDTH, info.width);
+///
+/// The key texts are part of saved documents and never change.
 #pragma once
 
 #include <string>

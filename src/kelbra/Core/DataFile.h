@@ -1,12 +1,13 @@
-// File streams: buffered reading and writing of whole files.
-//
-// Both keep a 1 MiB buffer, so many small reads and writes (one per picture row) cost a memcpy
-// each and one system call per megabyte; requests larger than the buffer go straight to the
-// file. Failures throw Core::FileException naming the file and the operating system's reason.
-//
-// Note for hosts that test file size limits: with RLIMIT_FSIZE reached the kernel sends SIGXFSZ,
-// which ends the process unless the host ignores it; ignored, the write fails with EFBIG and is
-// reported like any other write error.
+/// \file
+/// File streams: buffered reading and writing of whole files.
+///
+/// Both keep a 1 MiB buffer, so many small reads and writes (one per picture row) cost a memcpy
+/// each and one system call per megabyte; requests larger than the buffer go straight to the
+/// file. Failures throw Core::FileException naming the file and the operating system's reason.
+///
+/// Note for hosts that test file size limits: with RLIMIT_FSIZE reached the kernel sends SIGXFSZ,
+/// which ends the process unless the host ignores it; ignored, the write fails with EFBIG and is
+/// reported like any other write error.
 #pragma once
 
 #include "kelbra/Core/DataStream.h"
@@ -17,20 +18,20 @@ namespace Kelbra::Core {
 class DataOutputFile {
  public:
   enum class Mode {
-    // Creates the file (replacing an existing one) and writes straight into it.
+    /// Creates the file (replacing an existing one) and writes straight into it.
     Direct,
-    // Writes into a temporary file beside the target and renames it into place on Close, so the
-    // target either does not exist or is complete. An unclosed or failed stream leaves nothing.
+    /// Writes into a temporary file beside the target and renames it into place on Close, so the
+    /// target either does not exist or is complete. An unclosed or failed stream leaves nothing.
     Atomic,
   };
 
-  // Opens `file` for writing; throws FileException when it cannot be created.
+  /// Opens `file` for writing; throws FileException when it cannot be created.
   static IDataOutputPtr Create(const ioPath& file, Mode mode = Mode::Direct);
 };
 
 class DataInputFile {
  public:
-  // Opens `file` for reading; throws FileException when it cannot be opened.
+  /// Opens `file` for reading; throws FileException when it cannot be opened.
   static IDataInputPtr Create(const ioPath& file);
 };
 

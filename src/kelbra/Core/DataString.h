@@ -1,4 +1,5 @@
-// In-memory streams over strings, for text forms of property trees and for tests.
+/// \file
+/// In-memory streams over strings, for text forms of property trees and for tests.
 #pragma once
 
 #include <string>
@@ -9,13 +10,13 @@ namespace Kelbra::Core {
 
 class DataOutputString {
  public:
-  // Appends everything written to `target`, which must outlive the stream. Writes never fail.
+  /// Appends everything written to `target`, which must outlive the stream. Writes never fail.
   static IDataOutputPtr Create(std::string& target);
 };
 
 class DataInputString {
  public:
-  // Reads from a private copy of `data`.
+  /// Reads from a private copy of `data`.
   static IDataInputPtr Create(std::string data);
 };
 

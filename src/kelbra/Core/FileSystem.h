@@ -1,16 +1,17 @@
-// File and directory removal with the platform's error reporting.
+/// \file
+/// File and directory removal with the platform's error reporting.
 #pragma once
 
 #include "kelbra/Path.h"
 
 namespace Kelbra::Core {
 
-// Removes one file. Returns false when there was nothing to remove; throws FileException (naming
-// the file and the reason) when it exists but cannot be removed, or is a directory.
+/// Removes one file. Returns false when there was nothing to remove; throws FileException (naming
+/// the file and the reason) when it exists but cannot be removed, or is a directory.
 bool RemoveFile(const ioPath& file);
 
-// Removes a directory with everything in it. Returns false when it did not exist; throws
-// FileException when something could not be removed.
+/// Removes a directory with everything in it. Returns false when it did not exist; throws
+/// FileException when something could not be removed.
 bool RemoveDir(const ioPath& directory);
 
 }  // namespace Kelbra::Core

@@ -1,4 +1,5 @@
-// Proc::SettingsEffectTranspose: the settings of the rotate effect, a quarter-turn count.
+/// \file
+/// Proc::SettingsEffectTranspose: the settings of the rotate effect, a quarter-turn count.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +10,7 @@ class SettingsEffectTranspose {
  public:
   enum TransposeKind : std::int32_t {
     None = 0,
-    Rotate90 = 1,   // a quarter turn clockwise
+    Rotate90 = 1,  // a quarter turn clockwise
     Rotate180 = 2,
     Rotate270 = 3,  // a quarter turn counter-clockwise
   };
