@@ -5,9 +5,9 @@
 
 #include <utility>
 
-#include "canvaro/foundation/Log.h"
 #include <boost/assert/source_location.hpp>
 #include <boost/throw_exception.hpp>
+#include "canvaro/foundation/Log.h"
 
 #include "canvaro/Undo/ShapeUndo.h"
 #include "canvaro/Undo/UndoManager.h"
@@ -289,9 +289,15 @@ void CanvaroUndo::Truncate() {
 }
 
 Index CanvaroUndo::GetLastActiveFrameIndex() const {
-  const MaskUndo* mask = CurrentMask();
-  Index last = MaxIndex(GetLastActiveFrameIndexImpl(),
-                        mask != nullptr ? mask->GetLastActiveFrameIndexImpl() : kNoIndex);
+  Index last = GetLastActiveFrameIndexImpl();
+  // The masks of every item up to the one in force, not only the current one: a loaded document
+  // or a Set places mask pictures after the pictures of later items.
+  const Index current = GetCurrentIndexImpl();
+  for (Index i = 0; current != kNoIndex && i <= current && i < GetItemCount(); ++i) {
+    if (const MaskUndo* mask = Get(i).GetMask().get()) {
+      last = MaxIndex(last, mask->GetLastActiveFrameIndexImpl());
+    }
+  }
   // Every shape item answers queries on its states up to the one in force, also an item that no
   // remaining step names (placed in a step that was undone and dropped, or in a rolled-back
   // transaction: its hidden first state keeps the picture). Their pictures must stay.

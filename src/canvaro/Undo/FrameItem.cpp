@@ -107,7 +107,7 @@ bool FrameItem::CheckForSave(const ioPath& candidate) {
   if (!fileName_.empty()) {
     if (!(swapDirectory_ / fileName_).exists()) {
       CANVARO_LOG(WARNING) << "Checking for save" << candidate << ": already queued for save as "
-                   << fileName_;
+                           << fileName_;
       return false;
     }
     CANVARO_VLOG(30) << "Checking for save" << candidate << ": already saved as " << fileName_;

@@ -73,7 +73,9 @@ class FrameStorage : public virtual Drevin::ISerializable {
   /// Appends the frames of a record; throws CanvaroException (SwapFileFailure) when a named file
   /// does not exist.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
-  /// Appends one frame read from a single frame record; returns its index.
+  /// Reads a single frame record and returns its index: the frame already holding the same file
+  /// with the same geometry (a saved document names its mask pictures twice), or else a new frame
+  /// appended. Throws as Deserialize.
   Index DeserializeItem(const Drevin::ISerializerConstPtr& serializer);
   /// Writes the record of frame `index` alone, as DeserializeItem reads it, after queueing the
   /// frame for writing when it has a picture but no file yet.

@@ -179,7 +179,7 @@ std::vector<ioPath> FrameStorage::Impl::DrawNames(std::size_t count) const {
       continue;
     }
     CANVARO_LOG(WARNING) << "Swap file name '" << name.utf8()
-                 << "' is already in use or not a file name; drawing another";
+                         << "' is already in use or not a file name; drawing another";
     if (++skipped > kMaxSkipped) {
       ThrowCoded(CanvaroError::InvalidState,
                  "The swap file name generator gave " + std::to_string(kMaxSkipped) +
@@ -202,17 +202,43 @@ void FrameStorage::Impl::Serialize(const Drevin::ISerializerPtr& serializer) con
 void FrameStorage::Impl::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
   const auto list = serializer->GetCollection(Names::STORAGE_ITEMS);
   if (!list) return;
+  loadedEmpty_.clear();
   for (std::size_t i = 0; i < list->GetCount(); ++i) {
     auto item = std::make_shared<FrameItem>(swapDirectory_, Proc::IDataVideoPtr());
     list->GetItem(i)->ReadObject(Names::STORAGE_ITEM, *item);
+    if (item->GetFileName().empty()) loadedEmpty_.push_back(static_cast<Index>(items_.size()));
     items_.push_back(std::move(item));
   }
 }
 
 Index FrameStorage::Impl::DeserializeItem(const Drevin::ISerializerConstPtr& serializer) {
-  const Index index = AddFrame(Proc::IDataVideoPtr());
-  items_.back()->Deserialize(serializer);
-  return index;
+  // A saved document lists every picture under its frames and names the mask pictures again in
+  // the masks. A record naming a file that a loaded frame already holds is that frame: taking it
+  // again would give one file two owners and grow the frame list on every save and load.
+  auto probe = std::make_shared<FrameItem>(swapDirectory_, Proc::IDataVideoPtr());
+  probe->Deserialize(serializer);
+  const ioPath name = probe->GetFileName();
+  if (!name.empty()) {
+    for (std::size_t i = 0; i < items_.size(); ++i) {
+      if (items_[i] && items_[i]->GetFileName() == name &&
+          items_[i]->GetInfo() == probe->GetInfo()) {
+        return static_cast<Index>(i);
+      }
+    }
+  } else {
+    for (auto it = loadedEmpty_.begin(); it != loadedEmpty_.end(); ++it) {
+      if (*it >= items_.size()) continue;
+      const auto& item = items_[*it];
+      if (item && item->GetFileName().empty() && item->GetMemorySize() == 0 &&
+          item->GetInfo() == probe->GetInfo()) {
+        const Index index = *it;
+        loadedEmpty_.erase(it);
+        return index;
+      }
+    }
+  }
+  items_.push_back(std::move(probe));
+  return static_cast<Index>(items_.size() - 1);
 }
 
 void FrameStorage::Impl::SerializeItem(Index index,

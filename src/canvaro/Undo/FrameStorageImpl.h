@@ -70,6 +70,9 @@ class FrameStorage::Impl : public Drevin::ISerializable {
   void SaveThreadFunction();
 
   std::vector<std::shared_ptr<FrameItem>> items_;
+  // Frames without a picture or file that the last Deserialize read and no DeserializeItem has
+  // taken yet (a saved mask names its empty pictures again; each is taken once).
+  std::vector<Index> loadedEmpty_;
   const ioPath swapDirectory_;
   const std::function<std::string()> nameGenerator_;
   std::atomic<bool> running_{true};

@@ -209,9 +209,10 @@ double ShapeUndo::GenerateNewZValue() const {
     return (InfoTypeBase::ZValueMax - InfoTypeBase::ZValueMin) * 0.5;
   }
   if (top + 1 <= InfoTypeBase::ZValueMax) return top + 1;
-  CANVARO_LOG(ERROR) << "ZValue for new ShapeInfo item is greater than maximum allowed! Shape items "
-                "count is "
-             << items_.size() << ".";
+  CANVARO_LOG(ERROR)
+      << "ZValue for new ShapeInfo item is greater than maximum allowed! Shape items "
+         "count is "
+      << items_.size() << ".";
   return InfoTypeBase::ZValueMax;
 }
 

@@ -142,6 +142,14 @@ TEST_F(CanvaroUndoSerializeTest, ALoadedDocumentMatchesStepByStep) {
   }
   EXPECT_EQ(Walk(*loaded), expected);
 
+  // Saving and loading again neither grows the frame list nor changes a step.
+  const Index frames = loaded->GetFrameStorage().GetCount();
+  for (int cycle = 0; cycle < 3; ++cycle) {
+    loaded = Load(Core::PropertySerializer::FromString(Save(*loaded)));
+    EXPECT_EQ(loaded->GetFrameStorage().GetCount(), frames) << cycle;
+    EXPECT_EQ(Walk(*loaded), expected) << cycle;
+  }
+
   // The loaded document goes on like the original: a new step drops the redo steps.
   loaded->Add(Settings("After"), Picture(4), nullptr, NoMask());
   EXPECT_FALSE(loaded->IsRedoEnabled());
