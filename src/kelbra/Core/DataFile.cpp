@@ -8,8 +8,11 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <vector>
+
+#include <glog/logging.h>
 
 #include "kelbra/Core/CoreException.h"
 
@@ -31,12 +34,24 @@ std::string TemporaryNameFor(const ioPath& target) {
   return (target.parent_path() / name).string();
 }
 
+// Makes a rename or a new link in `directory` durable.
+void SyncDirectory(const std::string& directory, const std::string& file) {
+  const int fd =
+      ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) ThrowFileError("flush the folder of", file, errno);
+  const int result = ::fsync(fd);
+  const int error = errno;
+  ::close(fd);
+  if (result != 0) ThrowFileError("flush the folder of", file, error);
+}
+
 class OutputFile final : public RefCounted<IDataOutput> {
  public:
   OutputFile(const ioPath& target, DataOutputFile::Mode mode)
       : target_(target.string()),
         writePath_(mode == DataOutputFile::Mode::Atomic ? TemporaryNameFor(target) : target_),
-        atomic_(mode == DataOutputFile::Mode::Atomic) {
+        atomic_(mode == DataOutputFile::Mode::Atomic),
+        uncaught_(std::uncaught_exceptions()) {
     fd_ = ::open(writePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd_ < 0) ThrowFileError("create", target_, errno);
     buffer_.reserve(kBufferSize);
@@ -44,16 +59,17 @@ class OutputFile final : public RefCounted<IDataOutput> {
 
   ~OutputFile() override {
     if (fd_ < 0) return;
-    if (atomic_) {
-      // Never closed: the write was abandoned, so nothing may appear under the target name.
-      ::close(fd_);
-      ::unlink(writePath_.c_str());
+    if (std::uncaught_exceptions() > uncaught_) {
+      // Dropped by an exception: the writer did not finish, so an atomic target must not appear.
+      Abandon();
       return;
     }
+    // Dropped after successful writes: complete the file as Close would. Destructors do not
+    // throw, so a failure is logged; callers that need it as an error call Close themselves.
     try {
       Close();
-    } catch (...) {
-      // Destructors do not throw; callers that need the error call Close themselves.
+    } catch (const std::exception& e) {
+      if (google::IsGoogleLoggingInitialized()) LOG(ERROR) << e.what();
     }
   }
 
@@ -81,6 +97,13 @@ class OutputFile final : public RefCounted<IDataOutput> {
       Abandon();
       throw;
     }
+    // An atomic file is flushed to the disk before it replaces the target, and the folder after,
+    // so that after a crash the target is the old file or the new one, whole.
+    if (atomic_ && ::fsync(fd_) != 0) {
+      const int error = errno;
+      Abandon();
+      ThrowFileError("flush", target_, error);
+    }
     const int fd = fd_;
     fd_ = -1;
     if (::close(fd) != 0) {
@@ -93,6 +116,7 @@ class OutputFile final : public RefCounted<IDataOutput> {
       ::unlink(writePath_.c_str());
       ThrowFileError("rename into place", target_, error);
     }
+    if (atomic_) SyncDirectory(ioPath(target_).parent_path().string(), target_);
   }
 
   std::string GetName() const override { return target_; }
@@ -133,6 +157,7 @@ class OutputFile final : public RefCounted<IDataOutput> {
   std::string target_;
   std::string writePath_;
   bool atomic_;
+  int uncaught_;
   int fd_ = -1;
   std::vector<char> buffer_;
 };
@@ -200,9 +225,7 @@ class InputFile final : public RefCounted<IDataInput> {
     return total;
   }
 
-  std::uint64_t GetRemaining() const override {
-    return size_ > position_ ? size_ - position_ : 0;
-  }
+  std::uint64_t GetRemaining() const override { return size_ > position_ ? size_ - position_ : 0; }
 
   std::string GetName() const override { return name_; }
 

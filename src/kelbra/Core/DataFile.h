@@ -20,10 +20,16 @@ class DataOutputFile {
   enum class Mode {
     /// Creates the file (replacing an existing one) and writes straight into it.
     Direct,
-    /// Writes into a temporary file beside the target and renames it into place on Close, so the
-    /// target either does not exist or is complete. An unclosed or failed stream leaves nothing.
+    /// Writes into a temporary file beside the target; Close flushes it to the disk (fsync),
+    /// renames it into place and flushes the folder, so that even after a crash or a power loss
+    /// the target is either the old file or the new one, complete. A failed stream leaves
+    /// nothing.
     Atomic,
   };
+  // A stream dropped without Close completes the file as Close would (the failure, if any, is
+  // logged through glog once the host has set it up), unless it is dropped while an exception
+  // unwinds the stack: then the writer did not finish, and an atomic stream leaves nothing while
+  // a direct one keeps what was written. Call Close to get a failure as an exception.
 
   /// Opens `file` for writing; throws FileException when it cannot be created.
   static IDataOutputPtr Create(const ioPath& file, Mode mode = Mode::Direct);

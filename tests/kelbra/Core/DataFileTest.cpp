@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <numeric>
+#include <stdexcept>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -126,17 +127,26 @@ TEST(DataFileTest, AtomicFileAppearsOnlyWhenClosed) {
     out->Close();
     EXPECT_EQ(ReadWhole(file), "whole");
   }
-  {
-    // Abandoned before Close: neither the target nor a temporary file stays behind.
-    auto out = Core::DataOutputFile::Create(dir / "abandoned.raw",
-                                            Core::DataOutputFile::Mode::Atomic);
+  try {
+    // Dropped by an exception before Close: neither the target nor a temporary file stays.
+    auto out =
+        Core::DataOutputFile::Create(dir / "abandoned.raw", Core::DataOutputFile::Mode::Atomic);
     out->Write("part", 4);
+    throw std::runtime_error("the writer failed");
+  } catch (const std::runtime_error&) {
   }
+  {
+    // Dropped after successful writes without Close: the file is completed, not lost.
+    auto out =
+        Core::DataOutputFile::Create(dir / "dropped.raw", Core::DataOutputFile::Mode::Atomic);
+    out->Write("kept", 4);
+  }
+  EXPECT_EQ(ReadWhole(dir / "dropped.raw"), "kept");
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(dir.path().native())) {
     names.push_back(entry.path().filename().string());
   }
-  EXPECT_THAT(names, ::testing::ElementsAre("frame.raw"));
+  EXPECT_THAT(names, ::testing::UnorderedElementsAre("frame.raw", "dropped.raw"));
 }
 
 TEST(DataFileTest, RemoveFileAndRemoveDir) {
