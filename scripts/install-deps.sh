@@ -14,6 +14,7 @@ packages=(
   nlohmann-json3-dev
   libpng-dev
   libcli11-dev
+  libxxhash-dev
   doxygen
   libgtest-dev libgmock-dev googletest
   libbenchmark-dev

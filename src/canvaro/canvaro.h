@@ -76,6 +76,7 @@
 
 // Undo engine, frame storage, masks, shape histories and the document.
 #include "canvaro/Undo/DrawerEventForwarder.h"
+#include "canvaro/Undo/DocumentPackage.h"
 #include "canvaro/Undo/DrawerEventObserver.h"
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/ICanvaroShape.h"

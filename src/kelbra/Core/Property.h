@@ -107,6 +107,9 @@ class Property {
   const Collection& GetCollection(std::string_view key) const;
 
   const std::vector<Entry>& Entries() const noexcept { return entries_; }
+  /// The entries in order, for walks that edit values in place (keys and order stay the caller's
+  /// responsibility).
+  std::vector<Entry>& Entries() noexcept { return entries_; }
   bool empty() const noexcept { return entries_.empty() && classId_.empty(); }
 
   /// Structural equality: same class id, same keys in the same order with the same types and

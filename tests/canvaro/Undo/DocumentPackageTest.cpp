@@ -1,0 +1,208 @@
+// Document packages with real files and real faults: saved and opened equal, stable over save and
+// open cycles, never touched by an opened document or its failures, damage detected and refused,
+// and a disk that fills during a save leaves the previous package whole.
+#include "canvaro/Undo/DocumentPackage.h"
+
+#include <sys/mount.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CanvaroUndoFixture.h"
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/shapes/LineInfo.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using namespace canvaro_test;
+namespace fs = std::filesystem;
+
+constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
+
+// Everything a host sees of a document, walking its whole history and coming back.
+std::string Summary(ICanvaroUndo& doc) {
+  std::string text = "current " + std::to_string(doc.GetCurrentIndex()) + " steps " +
+                     std::to_string(doc.GetUndoManager().GetStepCount()) + "\n";
+  for (unsigned i = 0; i < doc.GetVideoCount(); ++i) {
+    text += doc.GetSettings(i).GetEffectsSettings().GetPackage().GetName() + " " +
+            Pixels(doc.GetVideo(i)) + " " + Pixels(doc.GetMask(i)) + "\n";
+  }
+  for (const ShapeInfo& shape : doc.GetShapeItems(ShapeType::All)) {
+    text += "shape " + std::to_string(shape->GetPosition().GetX()) + "\n";
+  }
+  if (doc.GetShapeItemCount(ShapeType::All) > 0) text += Pixels(doc.GetShapeItemVideo(0, kCurrent));
+  text += " painted " + std::to_string(doc.GetMaskPixelCount({}));
+  return text;
+}
+
+// Every file of a folder with its bytes.
+std::map<std::string, std::string> Files(const fs::path& folder) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    if (!entry.is_regular_file()) continue;
+    std::ifstream in(entry.path(), std::ios::binary);
+    files[fs::relative(entry.path(), folder).string()] =
+        std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  return files;
+}
+
+int CodeOf(const CanvaroException& e) {
+  const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
+  return code != nullptr ? static_cast<int>(*code) : 0;
+}
+
+class DocumentPackageTest : public DocumentTest {
+ protected:
+  // Three items, strokes, a shape with a picture; `size` scales the pictures.
+  void Edit(ICanvaroUndo& document, std::int32_t size = 8) {
+    const std::int32_t height = size * 3 / 4;
+    document.Add(Settings("Source"), Picture(1, size, height), nullptr, NoMask());
+    document.Add(Settings("Brush"), Picture(2, size, height), nullptr, NoMask());
+    const auto stroke = MaskPicture(0, 2, 0, 2, 90, size, height);
+    document.AddMask(stroke, Mask(0, 2, 0, 2));
+    document.AddMask(Painted(stroke, 2, 4, 1, 3, 7), Mask(2, 4, 1, 3));
+    auto line = LineInfo::Create(IToolsId::SHAPE_LINE);
+    line->GetPosition().SetX(0.25);
+    document.SetShape(ShapeInfo(*line), Picture(9, 2, 2));
+    document.Add(Settings("Sharpen"), Picture(3, size, height), nullptr, NoMask());
+    document.Undo();  // the save holds a redo step
+  }
+
+  ICanvaroUndoPtr Open(const std::string& prefix) {
+    const fs::path swap = dir.path().native() / fs::path("open-" + prefix);
+    fs::create_directories(swap);
+    return OpenDocument(Package(), swap, [prefix, n = 0]() mutable {
+      return prefix + std::to_string(n++) + ".raw";
+    });
+  }
+
+  ioPath Package() const { return dir / "saved.canvaro"; }
+};
+
+TEST_F(DocumentPackageTest, OpensEqualAndSaveOpenCyclesAreStable) {
+  Edit(*doc);
+  const std::string expected = Summary(*doc);
+  SaveDocument(*doc, Package());
+  EXPECT_THAT(CheckDocumentPackage(Package()), ::testing::IsEmpty());
+  const auto firstSave = Files(Package().native());
+  doc.reset();
+
+  ICanvaroUndoPtr opened = Open("a");
+  EXPECT_EQ(Summary(*opened), expected);
+  const Index frames = opened->GetFrameStorage().GetCount();
+  for (int cycle = 0; cycle < 4; ++cycle) {
+    SaveDocument(*opened, Package());
+    opened = Open("c" + std::to_string(cycle));
+    EXPECT_EQ(Summary(*opened), expected) << cycle;
+    EXPECT_EQ(opened->GetFrameStorage().GetCount(), frames) << cycle;
+    const auto files = Files(Package().native());
+    EXPECT_EQ(files.size(), firstSave.size()) << cycle;
+  }
+  // An opened document goes on and saves its new work in the same package.
+  opened->Add(Settings("After"), Picture(4), nullptr, NoMask());
+  const std::string after = Summary(*opened);
+  SaveDocument(*opened, Package());
+  EXPECT_EQ(Summary(*Open("after")), after);
+  EXPECT_THAT(CheckDocumentPackage(Package()), ::testing::IsEmpty());
+}
+
+TEST_F(DocumentPackageTest, AnOpenedDocumentAndItsFailuresNeverTouchThePackage) {
+  Edit(*doc);
+  SaveDocument(*doc, Package());
+  const auto saved = Files(Package().native());
+  {
+    ICanvaroUndoPtr opened = Open("a");
+    opened->Undo();
+    opened->Add(Settings("More"), Picture(5), nullptr, NoMask());
+    // Its swap files disappear: the storage fails on the next load and, when the document
+    // goes, removes its whole swap directory.
+    const fs::path swap = dir.path().native() / fs::path("open-a");
+    for (const auto& entry : fs::directory_iterator(swap)) fs::remove(entry.path());
+    opened->CheckForSize();
+    opened->GetFrameStorage().WaitForPendingSaves();
+    EXPECT_THROW(
+        {
+          for (unsigned i = 0; i < opened->GetVideoCount(); ++i) opened->GetVideo(i);
+        },
+        CanvaroException);
+  }
+  EXPECT_EQ(Files(Package().native()), saved);
+  EXPECT_NO_THROW(Open("b"));
+}
+
+TEST_F(DocumentPackageTest, ADamagedPictureIsReportedAndRefusedAndLeftAsItIs) {
+  Edit(*doc);
+  SaveDocument(*doc, Package());
+  const fs::path pictures = Package().native() / "pictures";
+  const fs::path victim = fs::directory_iterator(pictures)->path();
+  {
+    std::fstream file(victim, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(-1, std::ios::end);
+    file.put('\x5a');
+  }
+  const auto damaged = Files(Package().native());
+  const auto problems = CheckDocumentPackage(Package());
+  ASSERT_EQ(problems.size(), 1u);
+  EXPECT_THAT(problems[0], ::testing::HasSubstr(victim.filename().string()));
+  try {
+    Open("a");
+    FAIL() << "opened a damaged package";
+  } catch (const CanvaroException& e) {
+    EXPECT_EQ(CodeOf(e), static_cast<int>(CanvaroError::InvalidDocument));
+    EXPECT_THAT(e.what(), ::testing::HasSubstr("damaged"));
+  }
+  EXPECT_TRUE(fs::is_empty(dir.path().native() / fs::path("open-a")));
+  EXPECT_EQ(Files(Package().native()), damaged);
+
+  fs::remove(victim);
+  EXPECT_THAT(CheckDocumentPackage(Package())[0], ::testing::HasSubstr("missing"));
+  EXPECT_THROW(Open("b"), CanvaroException);
+}
+
+// A package on a small file system: the second save runs out of space part-way. The first
+// package stays whole and opens as it was; nothing partial sits under a final name.
+TEST_F(DocumentPackageTest, AFullDiskDuringASaveLeavesThePreviousPackageWhole) {
+  const fs::path mountPoint = dir.path().native() / "small";
+  fs::create_directories(mountPoint);
+  if (::mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=256k") != 0) {
+    GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
+  }
+  struct Unmount {
+    fs::path point;
+    ~Unmount() { ::umount2(point.c_str(), MNT_DETACH); }
+  } unmount{mountPoint};
+  const ioPath package = ioPath(mountPoint) / "saved.canvaro";
+
+  Edit(*doc);
+  SaveDocument(*doc, package);
+  const std::string first = Summary(*doc);
+  const auto saved = Files(package.native());
+
+  // Pictures of 128 x 96 RGBA (48 kB each) outgrow the 256 kB file system.
+  for (std::uint8_t seed = 10; seed < 18; ++seed) {
+    doc->Add(Settings("Big"), Picture(seed, 128, 96), nullptr, NoMask());
+  }
+  try {
+    SaveDocument(*doc, package);
+    FAIL() << "the save fitted";
+  } catch (const CanvaroException& e) {
+    EXPECT_THAT(e.what(), ::testing::HasSubstr("No space left on device"));
+  }
+  EXPECT_EQ(Files(package.native()), saved);
+  EXPECT_THAT(CheckDocumentPackage(package), ::testing::IsEmpty());
+  const fs::path swap = dir.path().native() / "reopen";
+  fs::create_directories(swap);
+  ICanvaroUndoPtr opened =
+      OpenDocument(package, swap, [n = 0]() mutable { return "r" + std::to_string(n++) + ".raw"; });
+  EXPECT_EQ(Summary(*opened), first);
+}
+
+}  // namespace
