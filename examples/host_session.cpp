@@ -118,30 +118,6 @@ MaskInfo StrokeInfo(std::int32_t left, std::int32_t top, std::int32_t side, int 
       MaskInfo::MaskInfoEx(ISettingsPainter::ConstPtr(new RoundBrush(brushSize)), blend));
 }
 
-// ---- saving and opening ----
-
-// Saves the document's text form into `file` and waits until every picture it names is on disk.
-void Save(const ICanvaroUndo& document, const fs::path& file) {
-  Core::Property tree;
-  document.Serialize(Drevin::SerializerProperty::Create(tree));
-  auto out = Core::DataOutputFile::Create(file, Core::DataOutputFile::Mode::Atomic);
-  Core::PropertySerializer::Serialize(tree, out, /*pretty=*/true);
-  out->Close();  // the file is in place only once closed
-  document.WaitForPendingSaves();
-  if (document.GetFrameStorage().IsFailed())
-    throw std::runtime_error("swap files were not written");
-}
-
-// Opens a saved document in a fresh document on the same swap folder.
-ICanvaroUndoPtr Open(const fs::path& file, const fs::path& swap) {
-  Core::Property tree;
-  Core::PropertySerializer::Deserialize(tree, Core::DataInputFile::Create(file));
-  ICanvaroUndoPtr opened = ICanvaroUndo::Create(
-      swap, [n = 0]() mutable { return "opened_" + std::to_string(n++) + ".raw"; });
-  opened->Deserialize(Drevin::SerializerProperty::Create(tree));
-  return opened;
-}
-
 // What a host shows its user for a failure of the library.
 std::string Explain(const CanvaroException& e) {
   const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
@@ -204,17 +180,22 @@ int Run(const fs::path& work) {
     std::cout << "refused as expected: " << Explain(e) << '\n';
   }
 
-  // Save, open again, compare.
-  const fs::path file = work / "document.json";
-  Save(*document, file);
-  ICanvaroUndoPtr opened = Open(file, swap);
+  // Save as a package (a folder of its own, atomic and durable), open it again, compare. The
+  // package keeps its own pictures: whatever happens to a swap folder, the save stays whole.
+  const fs::path package = work / "beach.canvaro";
+  SaveDocument(*document, package);
+  const fs::path openedSwap = work / "swap-opened";
+  fs::create_directories(openedSwap);
+  ICanvaroUndoPtr opened = OpenDocument(package, openedSwap, [n = 0]() mutable {
+    return "opened_" + std::to_string(n++) + ".raw";
+  });
   bool same = opened->GetVideoCount() == document->GetVideoCount() &&
               opened->GetCurrentIndex() == document->GetCurrentIndex() &&
               opened->GetMaskPixelCount({}) == document->GetMaskPixelCount({});
   for (unsigned item = 0; same && item < document->GetVideoCount(); ++item) {
     same = opened->GetSettings(item) == document->GetSettings(item);
   }
-  std::cout << "saved to " << file << " and opened again: " << (same ? "the same" : "DIFFERENT")
+  std::cout << "saved to " << package << " and opened again: " << (same ? "the same" : "DIFFERENT")
             << '\n';
   std::cout << "the surface heard " << surface.steps << " step(s) and redrew " << surface.redraws
             << " time(s)\n";

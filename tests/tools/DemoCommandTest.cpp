@@ -28,7 +28,7 @@ TEST_F(DemoCommandTest, TheSessionIsSavedAndReloadsStepByStep) {
   EXPECT_THAT(out, HasSubstr("peak memory:"));
   EXPECT_THAT(out, HasSubstr("mask stroke"));
   EXPECT_TRUE(fs::is_regular_file(Demo() / "document.json"));
-  EXPECT_FALSE(fs::is_empty(Demo() / "swap"));
+  EXPECT_FALSE(fs::is_empty(Demo() / "pictures"));
   EXPECT_FALSE(fs::exists(Demo() / "reload-check"));  // the scratch copy is gone
 }
 

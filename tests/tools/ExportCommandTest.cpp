@@ -36,7 +36,7 @@ TEST_F(ExportCommandTest, ThePictureIsThePixelsOfItsSwapFile) {
     Kelbra::Proc::IDataVideoPtr raw;
     const std::string file = doc["items"]["list"][item]["frame"]["file"];
     Kelbra::Canvaro::CoreUtil::LoadRawFrame(
-        raw, Kelbra::Core::DataInputFile::Create(Demo() / "swap" / file));
+        raw, Kelbra::Core::DataInputFile::Create(Demo() / "pictures" / file));
     const canvaro_tool::RgbaImage image = canvaro_tool::ReadPngRgba(png);
     ASSERT_EQ(image.width, 48u);
     ASSERT_EQ(image.height, 36u);
@@ -86,13 +86,13 @@ TEST_F(ExportCommandTest, TheMaskShowsEveryPaintedPixelInItsBrushColour) {
 TEST_F(ExportCommandTest, BadRequestsFailWithOneLine) {
   const fs::path dir = FreshCopy();
   const std::string file = Inspect()["items"]["list"][2]["frame"]["file"];
-  fs::remove(dir / "swap" / file);
+  fs::remove(dir / "pictures" / file);
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{"export", Demo().string(), "--item", "99", "--out", Out("a.png").string()}, "no item 99"},
       {{"export", dir.string(), "--item", "2", "--out", Out("b.png").string()},
        "missing swap file"},
       {{"export", Demo().string(), "--out", (Out("no-such-dir") / "c.png").string()},
-       "cannot write"},
+       "Cannot create file"},
   };
   for (const auto& [args, expected] : cases) {
     const ToolRun run = RunTool(args);

@@ -68,7 +68,7 @@ TEST_F(InspectCommandTest, ShowsMissingFilesAndStepsWithAHostsEffects) {
   const auto dir = FreshCopy();
   const Json before = InspectJson(dir);
   const std::string file = before["items"]["list"][1]["frame"]["file"];
-  std::filesystem::remove(dir / "swap" / file);
+  std::filesystem::remove(dir / "pictures" / file);
   // A host's effect in a step: the library cannot load this document, inspect still reads it.
   Kelbra::Core::Property tree = ReadTree(dir / "document.json");
   auto& item = std::get<Kelbra::Core::Property::Collection>(tree.Find("Items")->value)[1];

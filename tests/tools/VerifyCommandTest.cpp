@@ -37,13 +37,32 @@ TEST_F(VerifyCommandTest, AWholeDocumentPasses) {
   EXPECT_THAT(run.out, StartsWith("OK: "));
   // The document file itself may be named, and the swap directory given.
   const ToolRun named = RunTool(
-      {"verify", (Demo() / "document.json").string(), "--swap", (Demo() / "swap").string()});
+      {"verify", (Demo() / "document.json").string(), "--swap", (Demo() / "pictures").string()});
   EXPECT_EQ(named.status, 0) << named.out;
+  // --load: the library opens the package and walks every step.
+  const ToolRun loaded = RunTool({"verify", Demo().string(), "--load"});
+  EXPECT_EQ(loaded.status, 0) << loaded.out << loaded.err;
+}
+
+TEST_F(VerifyCommandTest, AFlippedByteInAPictureIsFoundByItsChecksum) {
+  const fs::path dir = FreshCopy();
+  const std::string flipped = PictureFile(dir, 2);
+  {
+    std::fstream file(dir / "pictures" / flipped, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(-3, std::ios::end);
+    file.put('\x7f');
+  }
+  const ToolRun run = RunTool({"verify", dir.string()});
+  EXPECT_EQ(run.status, 1);
+  ASSERT_EQ(Problems(run).size(), 1u) << run.out;
+  EXPECT_THAT(run.out, HasSubstr(flipped + "' is damaged (checksum"));
+  const ToolRun loaded = RunTool({"verify", dir.string(), "--load"});
+  EXPECT_EQ(loaded.status, 1);
 }
 
 TEST_F(VerifyCommandTest, EachDamagedSwapFileGivesOneLine) {
   const fs::path dir = FreshCopy();
-  const fs::path swap = dir / "swap";
+  const fs::path swap = dir / "pictures";
   const std::string missing = PictureFile(dir, 1);
   const std::string truncated = PictureFile(dir, 2);
   const std::string oversized = PictureFile(dir, 3);
@@ -67,7 +86,7 @@ TEST_F(VerifyCommandTest, EachDamagedSwapFileGivesOneLine) {
 
 TEST_F(VerifyCommandTest, AFileOfOtherGeometryOrAFrameOutsideTheListIsReported) {
   const fs::path dir = FreshCopy();
-  const fs::path swap = dir / "swap";
+  const fs::path swap = dir / "pictures";
   // Item 2's picture file replaced by a whole raw frame of another size.
   {
     std::ofstream out(swap / PictureFile(dir, 2), std::ios::binary | std::ios::trunc);

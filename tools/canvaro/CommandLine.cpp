@@ -63,7 +63,8 @@ DOC is the document file or the directory 'canvaro demo' wrote (DIR/document.jso
 
 const char* const kVerifyText =
     R"(Checks a saved document: every swap file it names is present, a plain file name, whole (size
-and header match the record) and loads; every step names existing items and frames.
+and header match the record) and loads; every step names existing items and frames. For a
+document package, every picture also matches the manifest's size and checksum.
 
 Exit status: 0 when everything is in order, 1 when a problem was found (each is listed).)";
 
@@ -147,6 +148,8 @@ int RunCommandLine(int argc, const char* const* argv) {
       ->option_text("(required)")
       ->required();
   verifyCommand->add_option("--swap", verify.swap, kSwapHelp)->option_text("DIR");
+  verifyCommand->add_flag("--load", verify.load,
+                          "also open the package with the library and walk every step");
   verifyCommand->callback([&] {
     RefuseRepeats(*verifyCommand);
     run = [&] { return RunVerify(verify); };

@@ -28,10 +28,11 @@ struct InspectOptions {
 };
 int RunInspect(const InspectOptions& options);
 
-// canvaro verify DOC [--swap DIR]
+// canvaro verify DOC [--swap DIR] [--load]
 struct VerifyOptions {
   std::string document;
   std::optional<std::string> swap;
+  bool load = false;  // also open the package with the library and walk every step
 };
 int RunVerify(const VerifyOptions& options);
 

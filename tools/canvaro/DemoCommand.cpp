@@ -19,6 +19,7 @@
 #include "ReloadCheck.h"
 #include "SavedDocument.h"
 #include "ToolError.h"
+#include "canvaro/Undo/DocumentPackage.h"
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/ICanvaroUndo.h"
 #include "canvaro/Undo/IUndoManager.h"
@@ -77,10 +78,17 @@ void PrepareOutput(const fs::path& dir) {
   if (fs::exists(dir, error) && !fs::is_directory(dir, error)) {
     throw ToolError("cannot write to " + dir.string() + ": it is a file, not a directory");
   }
-  const std::set<std::string> ours = {kDocumentFileName, kSwapFolderName, kScratchFolderName};
+  const std::set<std::string> ours = {kDocumentFileName, kManifestFileName, kPicturesFolderName,
+                                      kSwapFolderName, kScratchFolderName};
   if (fs::is_directory(dir, error)) {
     for (const auto& entry : fs::directory_iterator(dir)) {
-      if (ours.count(entry.path().filename().string()) == 0) {
+      const std::string name = entry.path().filename().string();
+      // Temporary files of an interrupted save are left-overs, not the user's files.
+      if (name.starts_with(".") && name.find(".tmp-") != std::string::npos) {
+        fs::remove(entry.path(), error);
+        continue;
+      }
+      if (ours.count(name) == 0) {
         throw ToolError("will not write into " + dir.string() + ": it holds " +
                         entry.path().filename().string() +
                         ", which is not from canvaro demo (choose an empty or new --out)");
@@ -113,19 +121,6 @@ Kelbra::Conf::FrameInfo ParseSize(const std::string& text) {
   const auto width = ParseInt(text.substr(0, x), "--size width", 1, kMaxPngSide);
   const auto height = ParseInt(text.substr(x + 1), "--size height", 1, kMaxPngSide);
   return {static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), 1, 1};
-}
-
-// Writes the document's text form atomically and waits for every swap file.
-void Save(const ICanvaroUndo& document, const fs::path& file) {
-  Kelbra::Core::Property tree;
-  document.Serialize(Kelbra::Drevin::SerializerProperty::Create(tree));
-  auto out = Kelbra::Core::DataOutputFile::Create(file, Kelbra::Core::DataOutputFile::Mode::Atomic);
-  Kelbra::Core::PropertySerializer::Serialize(tree, out, /*pretty=*/true);
-  out->Close();
-  document.WaitForPendingSaves();
-  if (document.GetFrameStorage().IsFailed()) {
-    throw ToolError("writing the swap files failed (run with --verbose for the library's log)");
-  }
 }
 
 struct StorageFigures {
@@ -184,8 +179,9 @@ int RunDemo(const DemoOptions& options) {
   std::cout << "canvaro demo: " << steps << " editing step(s) on " << sourceName << " ("
             << info.width << "x" << info.height << " RGBA, " << MiB(pictureBytes)
             << " per picture)\n"
-            << "Writing to " << out.string() << ": the document as " << documentFile.string()
-            << ", swap files in " << swapDirectory.string() << "/\n"
+            << "Writing to " << out.string() << ": the document package (" << kDocumentFileName
+            << ", " << kManifestFileName << ", " << kPicturesFolderName << "/), swap files in "
+            << swapDirectory.string() << "/ while it runs\n"
             << "  up to about " << MiB((steps + 1) * pictureBytes + steps * maskBytes * 2)
             << " of pictures and masks; the document keeps at most "
             << MiB(ICanvaroUndo::kMemoryThreshold) << " of them in memory and swaps the rest\n";
@@ -222,14 +218,18 @@ int RunDemo(const DemoOptions& options) {
   const std::vector<StepState> expected = RecordSteps(*document, times);
 
   std::cout << "Saving...\n";
-  times.Time("save", [&] { Save(*document, documentFile); });
-  const StorageFigures afterSave = Figures(document->GetFrameStorage());
+  times.Time("save", [&] { SaveDocument(*document, out); });
+  StorageFigures afterSave;
   std::error_code error;
+  for (const auto& entry : fs::directory_iterator(out / kPicturesFolderName, error)) {
+    ++afterSave.onDisk;
+    afterSave.bytesOnDisk += entry.file_size(error);
+  }
   const std::uint64_t documentBytes = fs::file_size(documentFile, error);
 
   std::cout << "Loading the saved document into a fresh one and comparing...\n";
-  const ReloadResult check = CheckReload(*document, session.GetEffects(), expected, documentFile,
-                                         swapDirectory, out / kScratchFolderName, times);
+  const ReloadResult check =
+      CheckReload(*document, session.GetEffects(), expected, out, out / kScratchFolderName, times);
 
   const auto elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - started);
   const IUndoManager& manager = document->GetUndoManager();
@@ -244,9 +244,9 @@ int RunDemo(const DemoOptions& options) {
             << "  swapped:          " << MiB(beforeSave.bytesOnDisk) << " in " << beforeSave.onDisk
             << " swap file(s), " << swapBatches << " swap batch(es) after "
             << swapLog.memoryWarnings.load() << " memory warning(s)\n"
-            << "  saved:            " << documentFile.string() << " (" << documentBytes
-            << " bytes), " << afterSave.onDisk << " swap file(s), " << MiB(afterSave.bytesOnDisk)
-            << "\n"
+            << "  saved:            " << out.string() << " (" << documentBytes
+            << " bytes of text), " << afterSave.onDisk << " picture(s), "
+            << MiB(afterSave.bytesOnDisk) << "\n"
             << "  peak memory:      " << MiB(PeakMemory()) << "\n";
   char line[64];
   std::snprintf(line, sizeof line, "  total time:       %.2f s\n", elapsed.count());
@@ -262,8 +262,11 @@ int RunDemo(const DemoOptions& options) {
     }
   }
   std::cout << "\nNext: canvaro inspect " << out.string() << "; canvaro verify " << out.string()
-            << "; canvaro export " << out.string() << " --step " << document->GetCurrentIndex()
+            << "; canvaro export " << out.string() << " --item " << document->GetCurrentIndex()
             << " --out picture.png\n";
+  // The package holds its own pictures: the session's swap files are scratch.
+  document.reset();
+  fs::remove_all(swapDirectory, error);
   if (!check.mismatches.empty()) {
     std::cerr << "canvaro: the reloaded document did not match the session ("
               << check.mismatches.size() << " difference(s))\n";

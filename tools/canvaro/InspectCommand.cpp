@@ -244,7 +244,8 @@ int RunInspect(const InspectOptions& options) {
   const DocumentModel model = ReadDocumentModel(ReadDocumentTree(paths.file));
   const Json doc = BuildJson(model, paths);
   if (options.json) {
-    std::cout << doc.dump(2) << "\n";
+    // Names in a document are the host's bytes: invalid UTF-8 is shown as U+FFFD, not refused.
+    std::cout << doc.dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
   } else {
     PrintText(doc, std::cout);
   }

@@ -2,10 +2,12 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include <png.h>
 
 #include "ToolError.h"
+#include "kelbra/Core/DataFile.h"
 
 namespace canvaro_tool {
 
@@ -67,12 +69,29 @@ void WritePng(const std::filesystem::path& file, const RgbaImage& image) {
   png.width = image.width;
   png.height = image.height;
   png.format = PNG_FORMAT_RGBA;
-  if (png_image_write_to_file(&png, file.c_str(), 0, image.pixels.data(), 0, nullptr) == 0) {
+  // Encoded in memory first, then written beside the target and renamed over it: a full disk or
+  // a file size limit leaves an existing file of that name as it was.
+  png_alloc_size_t size = 0;
+  std::vector<unsigned char> encoded;
+  if (png_image_write_to_memory(&png, nullptr, &size, 0, image.pixels.data(), 0, nullptr) != 0) {
+    encoded.resize(size);
+    if (png_image_write_to_memory(&png, encoded.data(), &size, 0, image.pixels.data(), 0,
+                                  nullptr) == 0) {
+      encoded.clear();
+    }
+  }
+  if (encoded.empty()) {
     const std::string message = Message(png);
     png_image_free(&png);
-    std::error_code ignored;
-    std::filesystem::remove(file, ignored);
-    throw ToolError("cannot write " + file.string() + ": " + message);
+    throw ToolError("cannot encode " + file.string() + ": " + message);
+  }
+  try {
+    auto out =
+        Kelbra::Core::DataOutputFile::Create(file, Kelbra::Core::DataOutputFile::Mode::Atomic);
+    out->Write(encoded.data(), size);
+    out->Close();
+  } catch (const std::exception& error) {
+    throw ToolError(Describe(error));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "ToolError.h"
+#include "canvaro/Undo/DocumentPackage.h"
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/IUndoManager.h"
 #include "kelbra/Core/DataFile.h"
@@ -71,18 +72,6 @@ bool SamePixels(const Proc::IDataVideoPtr& a, const Proc::IDataVideoPtr& b) {
   return true;
 }
 
-// A scratch copy of the saved swap files: hard links, or copies across file systems.
-void MirrorSwapDirectory(const fs::path& from, const fs::path& to) {
-  fs::remove_all(to);
-  fs::create_directories(to);
-  for (const auto& entry : fs::directory_iterator(from)) {
-    if (!entry.is_regular_file()) continue;
-    std::error_code error;
-    fs::create_hard_link(entry.path(), to / entry.path().filename(), error);
-    if (error) fs::copy_file(entry.path(), to / entry.path().filename());
-  }
-}
-
 // Removes the scratch directory on every way out.
 class ScratchDirectory {
  public:
@@ -135,22 +124,19 @@ std::vector<StepState> RecordSteps(ICanvaroUndo& document, OperationTimes& times
 }
 
 ReloadResult CheckReload(const ICanvaroUndo& original, const std::vector<ToolEffectPtr>& effects,
-                         const std::vector<StepState>& expected, const fs::path& documentFile,
-                         const fs::path& swapDirectory, const fs::path& scratchDirectory,
-                         OperationTimes& times) {
+                         const std::vector<StepState>& expected, const fs::path& package,
+                         const fs::path& scratchDirectory, OperationTimes& times) {
   ReloadResult result;
   auto mismatch = [&](const std::string& text) { result.mismatches.push_back(text); };
 
-  MirrorSwapDirectory(swapDirectory, scratchDirectory);
+  fs::remove_all(scratchDirectory);
+  fs::create_directories(scratchDirectory);
   const ScratchDirectory scratch(scratchDirectory);
-  ICanvaroUndoPtr loaded = ICanvaroUndo::Create(
-      scratchDirectory, [n = 0]() mutable { return "check_" + std::to_string(n++) + ".raw"; });
+  ICanvaroUndoPtr loaded;
   try {
-    times.Time("load", [&] {
-      Kelbra::Core::Property tree;
-      Kelbra::Core::PropertySerializer::Deserialize(
-          tree, Kelbra::Core::DataInputFile::Create(documentFile));
-      loaded->Deserialize(Kelbra::Drevin::SerializerProperty::Create(tree));
+    times.Time("open", [&] {
+      loaded = OpenDocument(package, scratchDirectory,
+                            [n = 0]() mutable { return "check_" + std::to_string(n++) + ".raw"; });
     });
   } catch (...) {
     mismatch("the saved document does not load: " + DescribeCurrent());

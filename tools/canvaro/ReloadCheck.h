@@ -54,14 +54,13 @@ struct ReloadResult {
   unsigned stepsCompared = 0;
 };
 
-// Loads `documentFile` (swap files in `swapDirectory`) into a fresh document working on
-// `scratchDirectory` and compares it with `original` (see the header comment). `effects` are
-// the tool effects of the original's items. Load failures are reported as mismatches.
+// Opens the package `package` into a fresh document working on `scratchDirectory` and compares it
+// with `original` (see the header comment). `effects` are the tool effects of the original's items.
+// Load failures are reported as mismatches.
 ReloadResult CheckReload(const Kelbra::Canvaro::ICanvaroUndo& original,
                          const std::vector<ToolEffectPtr>& effects,
                          const std::vector<StepState>& expected,
-                         const std::filesystem::path& documentFile,
-                         const std::filesystem::path& swapDirectory,
+                         const std::filesystem::path& package,
                          const std::filesystem::path& scratchDirectory, OperationTimes& times);
 
 }  // namespace canvaro_tool

@@ -225,8 +225,10 @@ DocumentPaths ResolveDocument(const std::string& document,
   if (fs::is_directory(paths.file, error)) {
     throw ToolError("cannot read document " + paths.file.string() + ": it is a directory");
   }
-  paths.swapDirectory =
-      swapDirectory ? fs::path(*swapDirectory) : paths.file.parent_path() / kSwapFolderName;
+  paths.package = fs::exists(paths.file.parent_path() / kManifestFileName, error);
+  paths.swapDirectory = swapDirectory   ? fs::path(*swapDirectory)
+                        : paths.package ? paths.file.parent_path() / kPicturesFolderName
+                                        : paths.file.parent_path() / kSwapFolderName;
   return paths;
 }
 

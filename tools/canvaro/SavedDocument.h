@@ -28,14 +28,18 @@ namespace canvaro_tool {
 
 inline constexpr const char* kDocumentFileName = "document.json";
 inline constexpr const char* kSwapFolderName = "swap";
+inline constexpr const char* kManifestFileName = "manifest.json";
+inline constexpr const char* kPicturesFolderName = "pictures";
 
 struct DocumentPaths {
   std::filesystem::path file;
   std::filesystem::path swapDirectory;
+  bool package = false;  // the document is a package: a manifest beside it
 };
 
 // `document` names the document file, or a directory holding kDocumentFileName. The swap
-// directory is `swapDirectory` when given, otherwise kSwapFolderName beside the file. Throws
+// directory is `swapDirectory` when given, otherwise the pictures folder of a package (a
+// kManifestFileName beside the file), otherwise kSwapFolderName beside the file. Throws
 // ToolError when the file does not exist.
 DocumentPaths ResolveDocument(const std::string& document,
                               const std::optional<std::string>& swapDirectory);

@@ -61,8 +61,13 @@ std::string PixelFormatName(std::int32_t pixelFormat) {
 std::vector<std::string> CheckSwapFile(const fs::path& swapDirectory, const NamedFile& file,
                                        bool load) {
   std::vector<std::string> problems;
-  const fs::path path = swapDirectory / file.record.fileName;
   const std::string name = file.record.fileName + " (" + file.where + ")";
+  std::optional<fs::path> inside = SwapFilePath(swapDirectory, file.record.fileName);
+  if (!inside) {
+    problems.push_back("swap file name " + name + " is not the name of a file");
+    return problems;
+  }
+  const fs::path path = *inside;
   std::error_code error;
   if (!fs::is_regular_file(path, error)) {
     problems.push_back("missing swap file " + name);
@@ -107,8 +112,18 @@ std::vector<std::string> CheckSwapFile(const fs::path& swapDirectory, const Name
   return problems;
 }
 
+std::optional<fs::path> SwapFilePath(const fs::path& swapDirectory, const std::string& fileName) {
+  // Only the last component counts, as in the library: a document cannot point outside.
+  const fs::path name = fs::path(fileName).filename();
+  if (name.empty() || name == "." || name == "..") return std::nullopt;
+  return swapDirectory / name;
+}
+
 Proc::IDataVideoPtr LoadSwapFile(const fs::path& swapDirectory, const FrameRecord& record) {
-  const fs::path path = swapDirectory / record.fileName;
+  const std::optional<fs::path> inside = SwapFilePath(swapDirectory, record.fileName);
+  if (!inside)
+    throw ToolError("swap file name '" + record.fileName + "' is not the name of a file");
+  const fs::path path = *inside;
   std::error_code error;
   if (!fs::is_regular_file(path, error)) {
     throw ToolError("missing swap file " + path.string());

@@ -41,6 +41,12 @@ std::optional<std::uint64_t> ExpectedRawSize(const RawHeader& header);
 std::vector<std::string> CheckSwapFile(const std::filesystem::path& swapDirectory,
                                        const NamedFile& file, bool load);
 
+// Where the swap file named `fileName` by a document is: its last component inside
+// `swapDirectory`, as the library reads it (a document never points outside its swap directory);
+// nullopt for a name that is not a file's ("", ".", "..", "dir/").
+std::optional<std::filesystem::path> SwapFilePath(const std::filesystem::path& swapDirectory,
+                                                  const std::string& fileName);
+
 // The picture in `record`'s swap file. Throws ToolError (missing, unreadable or damaged file).
 Kelbra::Proc::IDataVideoPtr LoadSwapFile(const std::filesystem::path& swapDirectory,
                                          const FrameRecord& record);

@@ -1,15 +1,59 @@
 // canvaro verify: checks every swap file that a saved document names, and that the frame
-// indices of its items, masks and shapes point into its frame list.
+// indices of its items, masks and shapes point into its frame list; for a package also every
+// picture against the manifest's size and checksum, and with --load that the library opens it
+// and walks every step.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <iostream>
 
 #include "Commands.h"
 #include "SavedDocument.h"
 #include "SwapFiles.h"
 #include "ToolError.h"
+#include "canvaro/Undo/DocumentPackage.h"
+#include "canvaro/Undo/IUndoManager.h"
 
 namespace canvaro_tool {
 
 namespace {
+
+// Opens the package in a scratch swap directory and walks every step back and forth, reading
+// every picture; the first failure, or "" when all went well.
+std::string OpenAndWalk(const DocumentPaths& paths) {
+  if (!paths.package) return "--load needs a document package (a folder with a manifest)";
+  namespace fs = std::filesystem;
+  std::string pattern = (fs::temp_directory_path() / "canvaro-verify-XXXXXX").string();
+  if (::mkdtemp(pattern.data()) == nullptr) return "cannot make a scratch folder for --load";
+  const fs::path scratch = pattern;
+  std::string failure;
+  try {
+    using namespace Kelbra::Canvaro;
+    ICanvaroUndoPtr document = OpenDocument(paths.file.parent_path(), scratch, [n = 0]() mutable {
+      return "verify_" + std::to_string(n++) + ".raw";
+    });
+    const auto readAll = [&] {
+      for (unsigned i = 0; i < document->GetVideoCount(); ++i) {
+        document->GetVideo(i);
+        document->GetMask(i);
+      }
+    };
+    readAll();
+    while (document->IsUndoEnabled()) document->Undo();
+    readAll();
+    while (document->IsRedoEnabled()) {
+      document->Redo();
+      readAll();
+    }
+  } catch (...) {
+    failure = "the library cannot open and walk the document: " + DescribeCurrent();
+  }
+  std::error_code ignored;
+  fs::remove_all(scratch, ignored);
+  return failure;
+}
 
 // Frame indices that point nowhere.
 std::vector<std::string> CheckReferences(const DocumentModel& model) {
@@ -46,10 +90,25 @@ int RunVerify(const VerifyOptions& options) {
 
   std::vector<std::string> problems = CheckReferences(model);
   const std::vector<NamedFile> files = CollectNamedFiles(model);
+  std::vector<std::string> reported;  // file names with a problem already
   for (const NamedFile& file : files) {
     for (std::string& problem : CheckSwapFile(paths.swapDirectory, file, /*load=*/true)) {
       problems.push_back(std::move(problem));
+      reported.push_back(file.record.fileName);
     }
+  }
+  if (paths.package) {
+    // A picture already reported above is not reported again for its manifest record.
+    for (std::string& problem : Kelbra::Canvaro::CheckDocumentPackage(paths.file.parent_path())) {
+      const bool known =
+          std::any_of(reported.begin(), reported.end(), [&](const std::string& name) {
+            return problem.find("/" + name + "'") != std::string::npos;
+          });
+      if (!known) problems.push_back(std::move(problem));
+    }
+  }
+  if (options.load && problems.empty()) {
+    if (std::string failure = OpenAndWalk(paths); !failure.empty()) problems.push_back(failure);
   }
   for (const std::string& problem : problems) std::cout << problem << "\n";
   if (!problems.empty()) {

@@ -1,6 +1,8 @@
 // canvaro: runs a scripted editing session on the library and inspects, verifies and exports
 // the documents it saves. `canvaro --help` lists the commands; `canvaro help COMMAND` explains
 // one.
+#include <csignal>
+
 #include <glog/logging.h>
 
 #include "tools/canvaro/CommandLine.h"
@@ -21,6 +23,9 @@ void SetUpLogging(const char* program) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Past a file size limit (ulimit -f) a write then fails with "File too large" and the tool
+  // reports it, instead of being killed without a word.
+  std::signal(SIGXFSZ, SIG_IGN);
   SetUpLogging(argv[0]);
   return canvaro_tool::RunCommandLine(argc, argv);
 }

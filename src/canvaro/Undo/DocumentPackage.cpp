@@ -43,9 +43,10 @@ Core::Property ReadDocumentText(const ioPath& folder) {
     Core::PropertySerializer::Deserialize(tree,
                                           Core::DataInputFile::Create(folder / kDocumentFile));
   } catch (const Core::CoreException& e) {
-    ThrowCoded(CanvaroError::InvalidDocument,
-               "'" + folder.utf8() + "' is not a readable document package: " + e.what(),
-               BOOST_CURRENT_LOCATION);
+    ThrowCoded(
+        CanvaroError::InvalidDocument,
+        "'" + folder.utf8() + "' is not a readable document package: " + Package::DescriptionOf(e),
+        BOOST_CURRENT_LOCATION);
   }
   return tree;
 }
@@ -162,7 +163,7 @@ void SaveDocument(const ICanvaroUndo& document, const ioPath& folder) {
     out->Close();
   } catch (const Core::CoreException& e) {
     for (const ioPath& file : added) ::unlink(file.native().c_str());
-    ThrowCoded(CanvaroError::SwapFileFailure, e.what(), BOOST_CURRENT_LOCATION);
+    ThrowCoded(CanvaroError::SwapFileFailure, Package::DescriptionOf(e), BOOST_CURRENT_LOCATION);
   } catch (...) {
     for (const ioPath& file : added) ::unlink(file.native().c_str());
     throw;

@@ -100,6 +100,13 @@ const char* const kChecksum = "XXH3";
 
 }  // namespace
 
+std::string DescriptionOf(const std::exception& error) {
+  if (const auto* boostError = dynamic_cast<const boost::exception*>(&error)) {
+    if (const std::string* text = boost::get_error_info<TagDescription>(*boostError)) return *text;
+  }
+  return error.what();
+}
+
 void ThrowFileError(int code, const std::string& what, const ioPath& file, int error) {
   ThrowCoded(static_cast<CanvaroError>(code),
              what + " '" + file.utf8() + "': " + std::strerror(error), BOOST_CURRENT_LOCATION);
@@ -111,7 +118,7 @@ Manifest ReadManifest(const ioPath& folder) {
     Core::PropertySerializer::Deserialize(tree,
                                           Core::DataInputFile::Create(folder / kManifestFile));
   } catch (const Core::CoreException& e) {
-    ThrowBadManifest(folder, e.what());
+    ThrowBadManifest(folder, DescriptionOf(e));
   }
   if (tree.GetClassId() != kManifestClass) ThrowBadManifest(folder, "its manifest is not one");
   Manifest manifest;
@@ -129,7 +136,7 @@ Manifest ReadManifest(const ioPath& folder) {
       manifest[name] = {static_cast<std::uint64_t>(size), item.GetString(kChecksum)};
     }
   } catch (const Core::CoreException& e) {
-    ThrowBadManifest(folder, e.what());
+    ThrowBadManifest(folder, DescriptionOf(e));
   }
   return manifest;
 }
@@ -150,7 +157,7 @@ void WriteManifest(const ioPath& folder, const Manifest& manifest) {
     Core::PropertySerializer::Serialize(tree, out, /*pretty=*/true);
     out->Close();
   } catch (const Core::CoreException& e) {
-    ThrowCoded(CanvaroError::SwapFileFailure, e.what(), BOOST_CURRENT_LOCATION);
+    ThrowCoded(CanvaroError::SwapFileFailure, DescriptionOf(e), BOOST_CURRENT_LOCATION);
   }
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <map>
 #include <string>
@@ -45,6 +46,9 @@ bool SameFile(const ioPath& a, const ioPath& b);
 // Calls `visit` on every picture file name of a saved document's tree (non-empty "FileName"
 // strings), letting it replace the name.
 void ForEachPictureName(Core::Property& tree, const std::function<void(std::string&)>& visit);
+
+// What a platform failure says, without the exception's type name.
+std::string DescriptionOf(const std::exception& error);
 
 // Throws CanvaroException `code` with "<what> '<file>': <reason of errno>".
 [[noreturn]] void ThrowFileError(int code, const std::string& what, const ioPath& file, int error);
