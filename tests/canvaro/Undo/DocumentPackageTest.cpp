@@ -4,6 +4,13 @@
 #include "canvaro/Undo/DocumentPackage.h"
 
 #include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <random>
+#include <thread>
 
 #include <filesystem>
 #include <fstream>
@@ -203,6 +210,54 @@ TEST_F(DocumentPackageTest, AFullDiskDuringASaveLeavesThePreviousPackageWhole) {
   ICanvaroUndoPtr opened =
       OpenDocument(package, swap, [n = 0]() mutable { return "r" + std::to_string(n++) + ".raw"; });
   EXPECT_EQ(Summary(*opened), first);
+}
+
+// A process saving two versions of a document in turn into one package is killed with SIGKILL at
+// random moments. Each time, the package holds one version or the other, whole, or (killed before
+// the first save took effect) no document at all.
+TEST_F(DocumentPackageTest, AKilledSaveLeavesAWholePackage) {
+  const auto build = [this](ICanvaroUndo& document, bool second) {
+    Edit(document, second ? 16 : 8);
+    if (second) document.Add(Settings("Second"), Picture(6, 16, 12), nullptr, NoMask());
+  };
+  std::string versions[2];
+  for (int v = 0; v < 2; ++v) {
+    ICanvaroUndoPtr document = MakeDocument("v" + std::to_string(v) + "_");
+    build(*document, v == 1);
+    versions[v] = Summary(*document);
+  }
+  std::mt19937 random(20261123);
+  int opened = 0;
+  for (int kill = 0; kill < 16; ++kill) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      try {
+        const fs::path swap = dir.path().native() / fs::path("child" + std::to_string(kill));
+        fs::create_directories(swap);
+        ICanvaroUndoPtr documents[2];
+        for (int v = 0; v < 2; ++v) {
+          documents[v] = ICanvaroUndo::Create(swap, [v, n = 0]() mutable {
+            return "c" + std::to_string(v) + "_" + std::to_string(n++) + ".raw";
+          });
+          build(*documents[v], v == 1);
+        }
+        for (int round = 0;; ++round) SaveDocument(*documents[round % 2], Package());
+      } catch (...) {
+        ::_exit(3);
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 700000));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the saving process stopped by itself: " << status;
+    if (!(Package() / "document.json").exists()) continue;
+    ICanvaroUndoPtr document = Open("k" + std::to_string(kill));
+    const std::string summary = Summary(*document);
+    EXPECT_TRUE(summary == versions[0] || summary == versions[1]) << "kill " << kill;
+    ++opened;
+  }
+  EXPECT_GT(opened, 8);
 }
 
 }  // namespace
