@@ -95,6 +95,17 @@ CanvaroUndo::CanvaroUndo(const ioPath& swapDirectory, std::function<std::string(
   events_.RegisterEventHandler(manager_.get());
   shapes_->RegisterEventHandler(&events_);
   manager_->SetAvailableItem(this);
+  // Reading pictures back (undo, redo, queries) keeps within the budget too, by letting go of
+  // pictures that are already on disk: stepping through the history never writes.
+  storage_.SetLoadBudget(kMemoryThreshold, [this](Index frame) { return IsFrameInForce(frame); });
+}
+
+bool CanvaroUndo::IsFrameInForce(Index frame) const {
+  if (GetItemCount() == 0 || GetCurrentIndexImpl() == kNoIndex) return false;
+  const Item& item = Get(GetCurrentIndexImpl());
+  if (item.GetFrameIndex() == frame) return true;
+  const MaskUndo* mask = item.GetMask().get();
+  return mask != nullptr && mask->GetItemCount() != 0 && mask->GetWorkingIndex() == frame;
 }
 
 CanvaroUndo::~CanvaroUndo() {

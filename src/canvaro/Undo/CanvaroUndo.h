@@ -142,12 +142,14 @@ class CanvaroUndo final : public ICanvaroUndo,
   CanvaroUndo(const ioPath& swapDirectory, std::function<std::string()> nameGenerator);
   ~CanvaroUndo() override;
 
-  // Stores the step (after dropping every redo step) and makes it a step of the manager; true
-  // when the document now holds at least two items.
   // Releases the pictures of a replaced step (its picture and its mask history's) that no item
   // or shape state names any more.
   void ReleaseReplaced(Index frame, std::shared_ptr<MaskUndo> mask);
   bool IsFrameNamed(Index frame) const;
+  // Whether `frame` is the picture or the working mask of the step in force (kept in memory).
+  bool IsFrameInForce(Index frame) const;
+  // Stores the step (after dropping every redo step) and makes it a step of the manager; true
+  // when the document now holds at least two items.
   bool PushWithMask(const SettingsCore& settings, const Proc::IDataVideoPtr& frame,
                     const Proc::IDataVideoPtr& maskPicture, const MaskInfo& maskInfo);
   // A mask history for a step showing `frame`.

@@ -64,9 +64,23 @@ FrameItem::FrameItem(const ioPath& swapDirectory, const Proc::IDataVideoPtr& fra
   SetFrameLocked(frame);  // no other thread knows the item yet
 }
 
+namespace {
+std::atomic<std::uint64_t> useClock{0};
+}  // namespace
+
 void FrameItem::SetFrameLocked(const Proc::IDataVideoPtr& frame) const {
   frame_ = frame;
   memorySize_.store(frame_ ? frame_->GetBufferSize() : 0, std::memory_order_relaxed);
+  if (frame_) lastUse_.store(++useClock, std::memory_order_relaxed);
+}
+
+bool FrameItem::ReleaseIfWritten() const {
+  const std::unique_lock lock(mutex_, std::try_to_lock);
+  if (!lock.owns_lock() || !frame_ || fileName_.empty()) return false;
+  // A name without a file is a save still queued: the picture is its only copy.
+  if (!(swapDirectory_ / fileName_).exists()) return false;
+  SetFrameLocked(nullptr);
+  return true;
 }
 
 void FrameItem::WriteLocked() const {
@@ -177,6 +191,7 @@ void FrameItem::LoadFrame() const {
 Proc::IDataVideoPtr FrameItem::Get() const {
   {
     std::lock_guard lock(mutex_);
+    if (frame_) lastUse_.store(++useClock, std::memory_order_relaxed);
     if (frame_ || fileName_.empty()) return frame_;
   }
   // Unlocked in between: a save of this item may finish meanwhile, and then its file is what

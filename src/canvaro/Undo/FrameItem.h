@@ -71,6 +71,14 @@ class FrameItem : public Drevin::ISerializable {
   // the picture: the item becomes dead.
   void Drop();
 
+  // If the picture is in memory and its swap file is written, lets go of the picture (it is read
+  // back when asked for): no disk traffic. False, and nothing changes, for a picture without a
+  // written file or an item busy with a save.
+  bool ReleaseIfWritten() const;
+  // When the picture was last set or asked for, on a clock shared by all items (larger is more
+  // recent).
+  std::uint64_t GetLastUse() const { return lastUse_.load(std::memory_order_relaxed); }
+
   const Conf::FrameInfo& GetInfo() const { return info_; }
   ioPath GetFileName() const;
   // Bytes of the picture's buffer while it is in memory, else 0. Takes no lock, so it never
@@ -100,6 +108,7 @@ class FrameItem : public Drevin::ISerializable {
   // The file is named by a saved document (written to or read from a record).
   mutable bool published_ = false;
   mutable std::atomic<std::size_t> memorySize_{0};
+  mutable std::atomic<std::uint64_t> lastUse_{0};
 };
 
 }  // namespace Kelbra::Canvaro

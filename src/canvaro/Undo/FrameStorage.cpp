@@ -47,6 +47,10 @@ void FrameStorage::SerializeItem(Index index, const Drevin::ISerializerPtr& seri
 
 Index FrameStorage::GetCount() const { return impl_->GetCount(); }
 
+void FrameStorage::SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep) {
+  impl_->SetLoadBudget(bytes, std::move(keep));
+}
+
 void FrameStorage::WaitForPendingSaves() const { impl_->WaitForPendingSaves(); }
 
 bool FrameStorage::IsFailed() const { return impl_->IsFailed(); }

@@ -62,6 +62,12 @@ class FrameStorage : public virtual Drevin::ISerializable {
   void Truncate(Index count);
   /// Bytes of picture data held in memory.
   std::uint64_t GetSize() const;
+  /// The memory budget of loads. After GetFrame has read a picture back from its file, while the
+  /// other pictures in memory take `bytes` or more, the least recently used ones whose swap file
+  /// is already written are let go (they are read back when asked for; nothing is written), never
+  /// a frame for which `keep` answers true, never one without a written file. 0 (the default)
+  /// switches this off. `keep` is called on the thread that calls GetFrame.
+  void SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep);
   /// Queues the listed frames for writing to disk.
   void Swap(const std::vector<Index>& indices) const;
   /// Queues every frame except the listed ones for writing to disk.

@@ -79,11 +79,40 @@ Proc::IDataVideoPtr FrameStorage::Impl::GetFrame(Index index) const {
                    FailureText() + ")",
                BOOST_CURRENT_LOCATION);
   }
+  const bool onDisk = item->GetMemorySize() == 0;
+  Proc::IDataVideoPtr picture;
   try {
-    return item->Get();
+    picture = item->Get();
   } catch (const std::exception& e) {
     Fail(e.what());
     throw;
+  }
+  if (onDisk && picture && loadBudget_ > 0) KeepLoadsInBudget(index);
+  return picture;
+}
+
+void FrameStorage::Impl::SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep) {
+  loadBudget_ = bytes;
+  keepInMemory_ = std::move(keep);
+}
+
+void FrameStorage::Impl::KeepLoadsInBudget(Index loaded) const {
+  std::uint64_t others = 0;
+  std::vector<std::pair<std::uint64_t, Index>> candidates;  // (last use, frame)
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    const auto& item = items_[i];
+    if (!item || item->GetMemorySize() == 0 || i == loaded) continue;
+    others += item->GetMemorySize();
+    if (!keepInMemory_ || !keepInMemory_(static_cast<Index>(i))) {
+      candidates.emplace_back(item->GetLastUse(), static_cast<Index>(i));
+    }
+  }
+  if (others < loadBudget_) return;
+  std::sort(candidates.begin(), candidates.end());
+  for (const auto& [lastUse, index] : candidates) {
+    if (others < loadBudget_) break;
+    const std::size_t size = items_[index]->GetMemorySize();
+    if (items_[index]->ReleaseIfWritten()) others -= size;
   }
 }
 

@@ -41,6 +41,7 @@ class FrameStorage::Impl : public Drevin::ISerializable {
   std::uint64_t GetSize() const;
   void Swap(const std::vector<Index>& indices) const;
   void SwapExcept(const std::vector<Index>& keep) const;
+  void SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep);
 
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
@@ -65,6 +66,9 @@ class FrameStorage::Impl : public Drevin::ISerializable {
   // `count` usable swap file names: plain names that are neither files in the swap directory
   // nor held by a frame. Throws whatever the generator throws, before anything is assigned.
   std::vector<ioPath> DrawNames(std::size_t count) const;
+  // After frame `loaded` was read back: lets go of the least recently used written pictures
+  // until the others are below the load budget.
+  void KeepLoadsInBudget(Index loaded) const;
   // The worker's body: saves queued batches in order until the storage is destroyed and the
   // queue is empty.
   void SaveThreadFunction();
@@ -73,6 +77,8 @@ class FrameStorage::Impl : public Drevin::ISerializable {
   // Frames without a picture or file that the last Deserialize read and no DeserializeItem has
   // taken yet (a saved mask names its empty pictures again; each is taken once).
   std::vector<Index> loadedEmpty_;
+  std::uint64_t loadBudget_ = 0;
+  std::function<bool(Index)> keepInMemory_;
   const ioPath swapDirectory_;
   const std::function<std::string()> nameGenerator_;
   std::atomic<bool> running_{true};

@@ -117,6 +117,9 @@ class MaskUndo : public TUndoImplBottom<MaskInfo, void*> {
   /// CanvaroException (SwapFileFailure) when a named swap file is missing.
   void Deserialize(const Drevin::ISerializerConstPtr& serializer) override;
 
+  /// The frame index of the working mask (item 0's); the history must not be empty.
+  Index GetWorkingIndex() const;
+
  protected:
   /// Each item's picture is stored as a frame record in the item's node.
   void SerializeMask(const Item& item, const Drevin::ISerializerPtr& serializer) const override;
@@ -132,7 +135,6 @@ class MaskUndo : public TUndoImplBottom<MaskInfo, void*> {
 
   /// The working mask; empty when there is none.
   Proc::IDataVideoPtr GetWorkingMask() const;
-  Index GetWorkingIndex() const;
   /// The size of the mask: the working frame's (also after it was dropped), else the size given
   /// to the constructor, else item 0's rectangle. Throws CanvaroException for a size no picture
   /// can have (a loaded record may claim one).

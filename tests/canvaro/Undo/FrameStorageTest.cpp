@@ -375,4 +375,33 @@ TEST_F(FrameStorageTest, FileSizeLimitFailsTheStorageWithoutCrashing) {
   EXPECT_EQ(result, 0);
 }
 
+// Reading pictures back keeps the others under the load budget by letting go of the least
+// recently used ones that are on disk; kept frames and pictures without a file stay, and nothing
+// is written.
+TEST_F(FrameStorageTest, LoadsLetGoOfTheLeastRecentlyUsedWrittenPictures) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  for (unsigned i = 0; i < 6; ++i) storage.AddFrame(Picture(i));
+  const std::uint64_t one = storage.GetFrame(0)->GetBufferSize();
+  storage.SwapExcept({});
+  storage.WaitForPendingSaves();
+  ASSERT_EQ(storage.GetSize(), 0u);
+  storage.SetLoadBudget(3 * one, [](Index frame) { return frame == 0; });
+  for (Index i = 0; i < 4; ++i) storage.GetFrame(i);
+  // 0 is kept; loading 3 found 0, 1, 2 at the budget and let go of 1, the least recently used.
+  EXPECT_EQ(storage.GetSize(), 3 * one);
+  storage.GetFrame(4);  // lets go of 2
+  EXPECT_EQ(storage.GetSize(), 3 * one);
+  const Index unsaved = storage.AddFrame(Picture(9));  // no file: never let go
+  storage.GetFrame(5);  // 0, 3, 4 and the unsaved one: lets go of 3, then of 4
+  EXPECT_EQ(storage.GetSize(), 3 * one);
+  const std::size_t files = std::distance(std::filesystem::directory_iterator(dir_.path().native()),
+                                          std::filesystem::directory_iterator());
+  EXPECT_EQ(files, 6u) << "letting go wrote nothing";
+  for (Index i : {Index{0}, Index{5}, unsaved}) {
+    EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*Picture(i == unsaved ? 9 : i)));
+  }
+  EXPECT_EQ(storage.GetSize(), 3 * one) << "0, 5 and the unsaved picture were still in memory";
+  EXPECT_EQ(PackedBytes(*storage.GetFrame(1)), PackedBytes(*Picture(1)));  // read back
+}
+
 }  // namespace
