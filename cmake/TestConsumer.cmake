@@ -43,7 +43,7 @@ list(REMOVE_ITEM extra ${reached})
 if(extra)
   message(FATAL_ERROR "installed but not part of the public API: ${extra}")
 endif()
-foreach(internal canvaro/Undo/FrameItem.h canvaro/Undo/FrameStorageImpl.h
+foreach(internal canvaro/Undo/FrameItem.h canvaro/Undo/CanvaroUndo.h
     canvaro/foundation/Throw.h canvaro/foundation/Log.h)
   if(EXISTS "${prefix}/include/${internal}")
     message(FATAL_ERROR "internal header ${internal} is installed")

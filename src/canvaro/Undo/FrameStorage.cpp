@@ -1,62 +1,363 @@
 #include "canvaro/Undo/FrameStorage.h"
 
-#include "canvaro/Undo/FrameStorageImpl.h"
+#include "canvaro/Undo/FrameItem.h"
+
+#include <algorithm>
+#include <numeric>
+#include <set>
+#include <string>
+
+#include "canvaro/foundation/Log.h"
+
+#include "canvaro/Undo/StorageNames.h"
+#include "canvaro/foundation/Throw.h"
+#include "kelbra/Core/FileSystem.h"
 
 namespace Kelbra::Canvaro {
 
+namespace Names = SerializeNames::Storage;
+
 FrameStorage::FrameStorage(const ioPath& swapDirectory, std::function<std::string()> nameGenerator)
-    : impl_(std::make_unique<Impl>(swapDirectory, std::move(nameGenerator))) {}
+    : swapDirectory_(swapDirectory), nameGenerator_(std::move(nameGenerator)) {
+  // Started here rather than in the member list: the worker uses members declared after it.
+  worker_ = std::thread(&FrameStorage::SaveThreadFunction, this);
+}
 
-FrameStorage::~FrameStorage() = default;
+FrameStorage::~FrameStorage() {
+  running_.exchange(false);
+  {
+    std::lock_guard wake(wakeMutex_);
+    wakeCondition_.notify_one();
+  }
+  worker_.join();
+  // A storage that never failed keeps its files: saved documents refer to them. A folder that
+  // cannot be removed (read-only file system, an entry that cannot be deleted) stays.
+  if (failed_.load() && !swapDirectory_.empty()) {
+    try {
+      Core::RemoveDir(swapDirectory_);
+    } catch (const std::exception& e) {
+      CANVARO_LOG(ERROR) << "Cannot remove the swap directory of a failed storage: " << e.what();
+    } catch (...) {
+      CANVARO_LOG(ERROR) << "Cannot remove the swap directory of a failed storage: Unknown error";
+    }
+  }
+}
 
-Index FrameStorage::AddFrame(const Proc::IDataVideoPtr& frame) { return impl_->AddFrame(frame); }
+const std::shared_ptr<FrameItem>& FrameStorage::ItemAt(Index index, const char* operation) const {
+  if (index >= items_.size() || items_[index] == nullptr) {
+    ThrowCoded(CanvaroError::InvalidArgument,
+               std::string(operation) + ": frame " + std::to_string(index) +
+                   " does not exist (the storage holds " + std::to_string(items_.size()) +
+                   " frames)",
+               BOOST_CURRENT_LOCATION);
+  }
+  return items_[index];
+}
 
-Proc::IDataVideoPtr FrameStorage::GetFrame(Index index) const { return impl_->GetFrame(index); }
+void FrameStorage::Fail(const std::string& cause) const {
+  {
+    std::lock_guard lock(failureMutex_);
+    if (failure_.empty()) failure_ = cause;
+  }
+  failed_.exchange(true);
+}
+
+std::string FrameStorage::FailureText() const {
+  std::lock_guard lock(failureMutex_);
+  return failure_;
+}
+
+Index FrameStorage::AddFrame(const Proc::IDataVideoPtr& frame) {
+  items_.push_back(std::make_shared<FrameItem>(swapDirectory_, frame));
+  return static_cast<Index>(items_.size() - 1);
+}
+
+Proc::IDataVideoPtr FrameStorage::GetFrame(Index index) const {
+  const auto& item = ItemAt(index, "GetFrame");
+  if (failed_.load()) {
+    ThrowCoded(CanvaroError::SwapFileFailure,
+               "The document's swap storage has failed, so its pictures cannot be read (" +
+                   FailureText() + ")",
+               BOOST_CURRENT_LOCATION);
+  }
+  const bool onDisk = item->GetMemorySize() == 0;
+  Proc::IDataVideoPtr picture;
+  try {
+    picture = item->Get();
+  } catch (const std::exception& e) {
+    Fail(e.what());
+    throw;
+  }
+  if (onDisk && picture && loadBudget_ > 0) KeepLoadsInBudget(index);
+  return picture;
+}
+
+void FrameStorage::SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep) {
+  loadBudget_ = bytes;
+  keepInMemory_ = std::move(keep);
+}
+
+void FrameStorage::KeepLoadsInBudget(Index loaded) const {
+  std::uint64_t others = 0;
+  std::vector<std::pair<std::uint64_t, Index>> candidates;  // (last use, frame)
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    const auto& item = items_[i];
+    if (!item || item->GetMemorySize() == 0 || i == loaded) continue;
+    others += item->GetMemorySize();
+    if (!keepInMemory_ || !keepInMemory_(static_cast<Index>(i))) {
+      candidates.emplace_back(item->GetLastUse(), static_cast<Index>(i));
+    }
+  }
+  if (others < loadBudget_) return;
+  std::sort(candidates.begin(), candidates.end());
+  for (const auto& [lastUse, index] : candidates) {
+    if (others < loadBudget_) break;
+    const std::size_t size = items_[index]->GetMemorySize();
+    if (items_[index]->ReleaseIfWritten()) others -= size;
+  }
+}
 
 const Conf::FrameInfo& FrameStorage::GetFrameInfo(Index index) const {
-  return impl_->GetFrameInfo(index);
+  return ItemAt(index, "GetFrameInfo")->GetInfo();
 }
 
 Proc::IDataVideoPtr FrameStorage::Reset(Index index, const Proc::IDataVideoPtr& frame) {
-  return impl_->Reset(index, frame);
+  return ItemAt(index, "Reset")->Reset(frame);
 }
 
-void FrameStorage::Truncate(Index count) { impl_->Truncate(count); }
+void FrameStorage::Truncate(Index count) {
+  // Never grows the list: a count beyond the end drops nothing.
+  if (count >= items_.size()) return;
+  for (std::size_t i = count; i < items_.size(); ++i) {
+    if (items_[i]) items_[i]->Drop();
+  }
+  // Dropped items live on while a queued batch holds them; the worker finds them dead.
+  items_.resize(count);
+}
 
-std::uint64_t FrameStorage::GetSize() const { return impl_->GetSize(); }
+std::uint64_t FrameStorage::GetSize() const {
+  std::uint64_t size = 0;
+  for (const auto& item : items_) {
+    if (item) size += item->GetMemorySize();
+  }
+  return size;
+}
 
-void FrameStorage::Swap(const std::vector<Index>& indices) const { impl_->Swap(indices); }
+void FrameStorage::Swap(const std::vector<Index>& indices) const {
+  std::vector<Index> swapped = indices;
+  std::sort(swapped.begin(), swapped.end());
+  std::vector<Index> all(items_.size());
+  std::iota(all.begin(), all.end(), Index{0});
+  std::vector<Index> keep;
+  std::set_difference(all.begin(), all.end(), swapped.begin(), swapped.end(),
+                      std::back_inserter(keep));
+  SwapExcept(keep);
+}
 
-void FrameStorage::SwapExcept(const std::vector<Index>& keep) const { impl_->SwapExcept(keep); }
+void FrameStorage::SwapExcept(const std::vector<Index>& keep) const {
+  std::vector<Index> candidates;
+  bool needsFile = false;
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    if (std::find(keep.begin(), keep.end(), static_cast<Index>(i)) != keep.end()) continue;
+    candidates.push_back(static_cast<Index>(i));
+    if (items_[i] && items_[i]->GetFileName().empty() && items_[i]->GetMemorySize() > 0) {
+      needsFile = true;
+    }
+  }
+  if (needsFile && swapDirectory_.empty()) {
+    ThrowCoded(CanvaroError::InvalidState,
+               "Pictures cannot be written to swap files: the document was made without a swap "
+               "directory",
+               BOOST_CURRENT_LOCATION);
+  }
+  // All names are drawn before any is assigned, so that a generator that throws leaves every
+  // frame as it was.
+  const std::vector<ioPath> names = DrawNames(candidates.size());
+  Batch batch;
+  for (std::size_t k = 0; k < candidates.size(); ++k) {
+    const auto& item = items_[candidates[k]];
+    if (item && item->CheckForSave(names[k])) batch.push_back(item);
+  }
+  {
+    std::lock_guard queue(queueMutex_);
+    saveQueue_.push_back(std::move(batch));
+    ++queuedBatches_;
+  }
+  std::lock_guard wake(wakeMutex_);
+  wakeCondition_.notify_one();
+}
+
+std::vector<ioPath> FrameStorage::DrawNames(std::size_t count) const {
+  std::set<std::string> taken;
+  for (const auto& item : items_) {
+    if (item) taken.insert(item->GetFileName().utf8());
+  }
+  std::vector<ioPath> names;
+  names.reserve(count);
+  // One name per candidate, used or not: the generator sees every frame that was considered.
+  // A name that is already a file (another document's, an earlier save's) or that another
+  // frame holds is passed over; a generator that keeps repeating itself is given up on.
+  constexpr int kMaxSkipped = 10000;
+  int skipped = 0;
+  while (names.size() < count) {
+    const ioPath name(nameGenerator_());
+    const bool usable =
+        IsPlainFileName(name) && !taken.contains(name.utf8()) && !(swapDirectory_ / name).exists();
+    if (usable) {
+      taken.insert(name.utf8());
+      names.push_back(name);
+      continue;
+    }
+    CANVARO_LOG(WARNING) << "Swap file name '" << name.utf8()
+                         << "' is already in use or not a file name; drawing another";
+    if (++skipped > kMaxSkipped) {
+      ThrowCoded(CanvaroError::InvalidState,
+                 "The swap file name generator gave " + std::to_string(kMaxSkipped) +
+                     " names in a row that are in use or not file names (last: '" + name.utf8() +
+                     "')",
+                 BOOST_CURRENT_LOCATION);
+    }
+  }
+  return names;
+}
 
 void FrameStorage::Serialize(const Drevin::ISerializerPtr& serializer) const {
-  impl_->Serialize(serializer);
+  SwapExcept({});
+  const auto list = serializer->CreateCollection(Names::STORAGE_ITEMS);
+  for (const auto& item : items_) {
+    if (item) list->WriteObject(Names::STORAGE_ITEM, *item);
+  }
 }
 
 void FrameStorage::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
-  impl_->Deserialize(serializer);
+  const auto list = serializer->GetCollection(Names::STORAGE_ITEMS);
+  if (!list) return;
+  loadedEmpty_.clear();
+  for (std::size_t i = 0; i < list->GetCount(); ++i) {
+    auto item = std::make_shared<FrameItem>(swapDirectory_, Proc::IDataVideoPtr());
+    list->GetItem(i)->ReadObject(Names::STORAGE_ITEM, *item);
+    if (item->GetFileName().empty()) loadedEmpty_.push_back(static_cast<Index>(items_.size()));
+    items_.push_back(std::move(item));
+  }
 }
 
 Index FrameStorage::DeserializeItem(const Drevin::ISerializerConstPtr& serializer) {
-  return impl_->DeserializeItem(serializer);
+  // A saved document lists every picture under its frames and names the mask pictures again in
+  // the masks. A record naming a file that a loaded frame already holds is that frame: taking it
+  // again would give one file two owners and grow the frame list on every save and load.
+  auto probe = std::make_shared<FrameItem>(swapDirectory_, Proc::IDataVideoPtr());
+  probe->Deserialize(serializer);
+  const ioPath name = probe->GetFileName();
+  if (!name.empty()) {
+    for (std::size_t i = 0; i < items_.size(); ++i) {
+      if (items_[i] && items_[i]->GetFileName() == name &&
+          items_[i]->GetInfo() == probe->GetInfo()) {
+        return static_cast<Index>(i);
+      }
+    }
+  } else {
+    for (auto it = loadedEmpty_.begin(); it != loadedEmpty_.end(); ++it) {
+      if (*it >= items_.size()) continue;
+      const auto& item = items_[*it];
+      if (item && item->GetFileName().empty() && item->GetMemorySize() == 0 &&
+          item->GetInfo() == probe->GetInfo()) {
+        const Index index = *it;
+        loadedEmpty_.erase(it);
+        return index;
+      }
+    }
+  }
+  items_.push_back(std::move(probe));
+  return static_cast<Index>(items_.size() - 1);
 }
 
 void FrameStorage::SerializeItem(Index index, const Drevin::ISerializerPtr& serializer) const {
-  impl_->SerializeItem(index, serializer);
+  const auto& item = ItemAt(index, "SerializeItem");
+  if (swapDirectory_.empty() && item->GetFileName().empty() && item->GetMemorySize() > 0) {
+    ThrowCoded(CanvaroError::InvalidState,
+               "Frame " + std::to_string(index) +
+                   " cannot be saved: the document was made without a swap directory",
+               BOOST_CURRENT_LOCATION);
+  }
+  // Only a picture without a file needs queueing; anything else would just log a second time.
+  if (item->GetFileName().empty() && item->GetMemorySize() > 0) Swap({index});
+  item->Serialize(serializer);
 }
 
-Index FrameStorage::GetCount() const { return impl_->GetCount(); }
+Index FrameStorage::GetCount() const { return static_cast<Index>(items_.size()); }
 
-void FrameStorage::SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep) {
-  impl_->SetLoadBudget(bytes, std::move(keep));
+void FrameStorage::WaitForPendingSaves() const {
+  std::uint64_t queued = 0;
+  {
+    std::lock_guard queue(queueMutex_);
+    queued = queuedBatches_;
+  }
+  std::unique_lock done(doneMutex_);
+  doneCondition_.wait(done, [&] { return finishedBatches_ >= queued; });
 }
 
-void FrameStorage::WaitForPendingSaves() const { impl_->WaitForPendingSaves(); }
+bool FrameStorage::IsFailed() const { return failed_.load(); }
 
-bool FrameStorage::IsFailed() const { return impl_->IsFailed(); }
+const ioPath& FrameStorage::GetSwapDirectory() const { return swapDirectory_; }
 
-const ioPath& FrameStorage::GetSwapDirectory() const { return impl_->GetSwapDirectory(); }
+ioPath FrameStorage::GetFileName(Index index) const {
+  return ItemAt(index, "GetFileName")->GetFileName();
+}
 
-ioPath FrameStorage::GetFileName(Index index) const { return impl_->GetFileName(index); }
+void FrameStorage::SaveThreadFunction() {
+  for (;;) {
+    // Held for the whole pass (released only while waiting), so that queueing work or
+    // destroying the storage waits for the batch being saved.
+    std::unique_lock wake(wakeMutex_);
+    while (running_.load()) {
+      bool empty = true;
+      {
+        std::lock_guard queue(queueMutex_);
+        empty = saveQueue_.empty();
+      }
+      if (!empty) break;
+      wakeCondition_.wait(wake);
+      if (!running_.load()) break;
+    }
+
+    Batch batch;
+    {
+      std::lock_guard queue(queueMutex_);
+      if (saveQueue_.empty()) {
+        // The exit test comes only with an empty queue: every queued batch is written first.
+        if (!running_.load()) return;
+        continue;
+      }
+      batch = std::move(saveQueue_.front());
+      saveQueue_.pop_front();
+    }
+
+    CANVARO_LOG(INFO) << "Swap started";
+    boost::exception_ptr firstError;
+    for (const auto& item : batch) {
+      boost::exception_ptr error = item->Save();
+      if (error && !firstError) firstError = error;
+    }
+    // The error itself goes no further: the flag is what callers see, at their next GetFrame,
+    // together with the first failure's description.
+    if (firstError) {
+      try {
+        boost::rethrow_exception(firstError);
+      } catch (const std::exception& e) {
+        Fail(e.what());
+      } catch (...) {
+        Fail("Unknown error");
+      }
+    }
+    CANVARO_LOG(INFO) << "Swap done";
+    batch.clear();
+
+    {
+      std::lock_guard done(doneMutex_);
+      ++finishedBatches_;
+    }
+    doneCondition_.notify_all();
+  }
+}
 
 }  // namespace Kelbra::Canvaro
