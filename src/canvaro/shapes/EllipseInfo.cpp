@@ -4,39 +4,4 @@ namespace Kelbra::Canvaro {
 
 template class ShapeInfoT<EllipseInfoDetails::RenderingType>;
 
-namespace EllipseInfoDetails {
-
-using RectangleInfoDetailsBase::RenderingTypeRectangleBase;
-
-bool RenderingType::operator==(const RenderingType& other) const {
-  return RenderingTypeBase::operator==(other) && RenderingTypeLineBase::operator==(other) &&
-         RenderingTypeRectangleBase::operator==(other);
-}
-
-void RenderingType::Transpose(const Conf::FrameInfo& frame,
-                              const Proc::SettingsEffectTranspose& transpose) {
-  TransposeBox(frame, transpose);
-}
-
-void RenderingType::Resize(const Conf::FrameInfo& from, const Conf::FrameInfo& to,
-                           PositionType& position) {
-  ResizeImpl(from, to, Width(), Height(), position, Thickness());
-}
-
-void RenderingType::Crop(const Conf::FrameInfo& frame, const ROI& roi) { CropBox(frame, roi); }
-
-void RenderingType::Serialize(const Drevin::ISerializerPtr& serializer) const {
-  RenderingTypeBase::Serialize(serializer);
-  RenderingTypeLineBase::Serialize(serializer);
-  RenderingTypeRectangleBase::Serialize(serializer);
-}
-
-void RenderingType::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
-  RenderingTypeBase::Deserialize(serializer);
-  RenderingTypeLineBase::Deserialize(serializer);
-  RenderingTypeRectangleBase::Deserialize(serializer);
-}
-
-}  // namespace EllipseInfoDetails
-
 }  // namespace Kelbra::Canvaro

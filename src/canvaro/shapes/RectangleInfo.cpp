@@ -9,36 +9,17 @@ template class ShapeInfoT<RectangleInfoDetails::RenderingType>;
 
 namespace RectangleInfoDetails {
 
-using RectangleInfoDetailsBase::RenderingTypeRectangleBase;
-
 bool RenderingType::operator==(const RenderingType& other) const {
-  return RenderingTypeBase::operator==(other) && RenderingTypeLineBase::operator==(other) &&
-         RenderingTypeRectangleBase::operator==(other) && NearlyEqual(radius_, other.radius_);
+  return StrokedBox::operator==(other) && NearlyEqual(radius_, other.radius_);
 }
-
-void RenderingType::Transpose(const Conf::FrameInfo& frame,
-                              const Proc::SettingsEffectTranspose& transpose) {
-  TransposeBox(frame, transpose);
-}
-
-void RenderingType::Resize(const Conf::FrameInfo& from, const Conf::FrameInfo& to,
-                           PositionType& position) {
-  ResizeImpl(from, to, Width(), Height(), position, Thickness());
-}
-
-void RenderingType::Crop(const Conf::FrameInfo& frame, const ROI& roi) { CropBox(frame, roi); }
 
 void RenderingType::Serialize(const Drevin::ISerializerPtr& serializer) const {
-  RenderingTypeBase::Serialize(serializer);
-  RenderingTypeLineBase::Serialize(serializer);
-  RenderingTypeRectangleBase::Serialize(serializer);
+  StrokedBox::Serialize(serializer);
   serializer->WriteDouble(SerializeNames::RenderingTypeRectangleInfo::RADIUS, radius_);
 }
 
 void RenderingType::Deserialize(const Drevin::ISerializerConstPtr& serializer) {
-  RenderingTypeBase::Deserialize(serializer);
-  RenderingTypeLineBase::Deserialize(serializer);
-  RenderingTypeRectangleBase::Deserialize(serializer);
+  StrokedBox::Deserialize(serializer);
   radius_ = serializer->ReadDouble(SerializeNames::RenderingTypeRectangleInfo::RADIUS, radius_);
 }
 

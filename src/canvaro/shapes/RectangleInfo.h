@@ -9,18 +9,15 @@
 /// "Width", "Height", "Radius". Class id "RectangleInfo", ShapeType::Rectangle.
 #pragma once
 
-#include "canvaro/shapes/LineInfoBase.h"
-#include "canvaro/shapes/RectangleInfoBase.h"
-#include "canvaro/shapes/RenderingTypeBaseToolIdRemovable.h"
 #include "canvaro/shapes/ShapeInfoT.h"
+#include "canvaro/shapes/StrokedBox.h"
 
 namespace Kelbra::Canvaro {
 
 namespace RectangleInfoDetails {
 
-class RenderingType : public RenderingTypeBaseToolIdRemovable,
-                      public LineInfoBaseDetails::RenderingTypeLineBase,
-                      public RectangleInfoDetailsBase::RenderingTypeRectangleBase {
+/// An outline in a box (StrokedBox) with rounded corners.
+class RenderingType : public RectangleInfoDetailsBase::StrokedBox {
  public:
   static constexpr ShapeType kShapeType = ShapeType::Rectangle;
 
@@ -29,15 +26,6 @@ class RenderingType : public RenderingTypeBaseToolIdRemovable,
 
   double GetRadius() const { return radius_; }
   void SetRadius(double radius) { radius_ = radius; }
-
-  /// The box keeps its size in pixels across a quarter turn.
-  void Transpose(const Conf::FrameInfo& frame,
-                 const Proc::SettingsEffectTranspose& transpose) override;
-  /// Box, angle and stroke follow the picture's scaling (IRenderingType::ResizeImpl).
-  void Resize(const Conf::FrameInfo& from, const Conf::FrameInfo& to,
-              PositionType& position) override;
-  /// The box becomes relative to the crop.
-  void Crop(const Conf::FrameInfo& frame, const ROI& roi) override;
 
   /// The colours, the stroke, the box, then "Radius".
   void Serialize(const Drevin::ISerializerPtr& serializer) const override;
