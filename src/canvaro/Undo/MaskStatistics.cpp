@@ -69,6 +69,23 @@ std::uint32_t CountBytes(const std::uint8_t* row, std::size_t x, std::size_t end
 
 #if defined(__SSE2__)
 
+inline bool IsUnpainted(__m128i bytes) {
+  return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) == 0xFFFF;
+}
+
+inline __m128i Load(const std::uint8_t* at) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+// Whether the 128 bytes from `at` are all zero.
+inline bool IsUnpainted128(const std::uint8_t* at) {
+  const __m128i low = _mm_or_si128(_mm_or_si128(Load(at), Load(at + 16)),
+                                   _mm_or_si128(Load(at + 32), Load(at + 48)));
+  const __m128i high = _mm_or_si128(_mm_or_si128(Load(at + 64), Load(at + 80)),
+                                    _mm_or_si128(Load(at + 96), Load(at + 112)));
+  return IsUnpainted(_mm_or_si128(low, high));
+}
+
 inline void AddToPending(std::uint8_t* at, __m128i increments) {
   auto* p = reinterpret_cast<__m128i*>(at);
   _mm_storeu_si128(p, _mm_add_epi8(_mm_loadu_si128(p), increments));
@@ -87,12 +104,15 @@ std::uint32_t CountBlocks(const std::uint8_t* row, std::size_t& x, std::size_t e
   __m128i mixedPainted = zero;  // two 64-bit sums
   for (; x + 64 <= end; x += 64) {
     const std::uint8_t* block = row + x;
-    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block));
-    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 16));
-    const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 32));
-    const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 48));
-    const __m128i any = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi8(any, zero)) == 0xFFFF) continue;
+    const __m128i a = Load(block);
+    const __m128i b = Load(block + 16);
+    const __m128i c = Load(block + 32);
+    const __m128i d = Load(block + 48);
+    if (IsUnpainted(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d)))) {
+      // Unpainted blocks come in long runs: skip the rest of the run 128 bytes at a time.
+      while (x + 64 + 128 <= end && IsUnpainted128(row + x + 64)) x += 128;
+      continue;
+    }
 
     const __m128i first = _mm_set1_epi8(static_cast<char>(block[0]));
     const __m128i same =
@@ -123,6 +143,8 @@ std::uint32_t CountBlocks(const std::uint8_t* row, std::size_t& x, std::size_t e
       ++counts.bytes[3][block[i + 3]];
     }
   }
+  // Most of the row's remainder, when unpainted, needs no byte by byte look either.
+  while (x + 16 <= end && IsUnpainted(Load(row + x))) x += 16;
   std::uint64_t sums[2];
   _mm_storeu_si128(reinterpret_cast<__m128i*>(sums), mixedPainted);
   return static_cast<std::uint32_t>(runPainted + sums[0] + sums[1]);
