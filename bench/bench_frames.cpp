@@ -1,25 +1,29 @@
-// Benchmarks of the raw frame files and the frame storage on a 24-megapixel RGBA picture
-// (6000 x 4000, 96,000,000 bytes), each against a plain sequential baseline of the same bytes
-// to and from the same disk in the same run.
+// Benchmarks of the raw frame files and the frame storage on RGBA pictures of 24 megapixels
+// (6000 x 4000, 96,000,000 bytes) and of 640 x 480, each against a plain sequential baseline of
+// the same bytes to and from the same disk in the same run.
 //
 //   BaselineWrite       open, write() in 1 MiB pieces, close
-//   SaveRawFrame        the same bytes as a raw frame file (one Write per row), Direct and Atomic
+//   SaveRawFrame        the same bytes as a raw frame file, Direct and Atomic
 //   BaselineRead        open, read() in 1 MiB pieces into a buffer already in memory
-//   BaselineReadFresh   the same into a newly allocated buffer, as a loader must
-//   LoadRawFrame        a raw frame file into a new picture (one Read per row)
+//   BaselineReadFresh   the same into a newly allocated buffer of the kind pictures get (huge
+//                       pages for large ones), as a loader must
+//   LoadRawFrame        a raw frame file into a new picture
 //   StorageSwapOut      20 frames added, SwapExcept of all but one, wait for the worker
 //   StorageLoadBack     GetFrame of the 19 swapped frames
 //
 // Files go to $CANVARO_BENCH_DIR, else /var/tmp (keep them off tmpfs: the point is the disk).
-// Every rate is bytes per second; compare SaveRawFrame with BaselineWrite and LoadRawFrame with
-// BaselineRead. For a quick run: --benchmark_min_time=0.05
+// Every rate is bytes per second. Goals: SaveRawFrame at least 0.95 of BaselineWrite, and
+// LoadRawFrame at least 0.95 of BaselineReadFresh, at both sizes. For a quick run:
+// --benchmark_min_time=0.05
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -38,6 +42,7 @@ namespace {
 using namespace Kelbra;
 
 constexpr Conf::FrameInfo kInfo{6000, 4000, 1, 1};
+constexpr Conf::FrameInfo kSmallInfo{640, 480, 1, 1};
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr unsigned kStorageFrames = 20;
 
@@ -66,22 +71,49 @@ BenchDir& Dir() {
   return dir;
 }
 
-const Proc::IDataVideoPtr& Picture() {
-  static const Proc::IDataVideoPtr picture = [] {
-    auto p = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, kInfo);
-    const auto plane = p->GetPlane(0);
+// The benchmark's picture size: argument 0 is the width, argument 1 the height.
+Conf::FrameInfo InfoOf(const benchmark::State& state) {
+  return {static_cast<std::int32_t>(state.range(0)), static_cast<std::int32_t>(state.range(1)), 1,
+          1};
+}
+
+const Proc::IDataVideoPtr& Picture(const Conf::FrameInfo& info = kInfo) {
+  static std::map<std::int64_t, Proc::IDataVideoPtr> pictures;
+  Proc::IDataVideoPtr& picture = pictures[std::int64_t{info.width} << 32 | info.height];
+  if (!picture) {
+    picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, info);
+    const auto plane = picture->GetPlane(0);
     for (std::size_t row = 0; row < plane.GetRowCount(); ++row) {
       std::uint8_t* bytes = plane.GetOffsetPtr(0, row);
       for (std::size_t x = 0; x < plane.GetRowLength(); ++x) {
         bytes[x] = static_cast<std::uint8_t>(row * 31 + x * 7);
       }
     }
-    return p;
-  }();
+  }
   return picture;
 }
 
-std::size_t FileBytes() { return Canvaro::CoreUtil::kRawFrameHeaderSize + 6000u * 4000u * 4u; }
+std::size_t FileBytes(const Conf::FrameInfo& info = kInfo) {
+  return Canvaro::CoreUtil::kRawFrameHeaderSize + std::size_t{4} * info.width * info.height;
+}
+
+// Memory of the kind the library's pictures get: large buffers aligned to huge pages and advised
+// to use them, small ones cache-line aligned.
+struct FreeDeleter {
+  void operator()(char* p) const { std::free(p); }
+};
+std::unique_ptr<char, FreeDeleter> AllocateLikePictures(std::size_t bytes) {
+  constexpr std::size_t kHugePage = std::size_t{2} << 20;
+  const bool large = bytes >= 2 * kHugePage;
+  const std::size_t alignment = large ? kHugePage : 64;
+  const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
+  void* buffer = nullptr;
+  if (::posix_memalign(&buffer, alignment, rounded) != 0) throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+  if (large) ::madvise(buffer, rounded, MADV_HUGEPAGE);
+#endif
+  return std::unique_ptr<char, FreeDeleter>(static_cast<char*>(buffer));
+}
 
 void Check(bool ok, const char* what) {
   if (!ok) throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
@@ -107,16 +139,18 @@ void ReadPlain(const ioPath& path, char* into, std::size_t size) {
   Check(::close(fd) == 0, "close");
 }
 
-void SaveTo(const ioPath& path, Core::DataOutputFile::Mode mode) {
+void SaveTo(const ioPath& path, Core::DataOutputFile::Mode mode,
+            const Conf::FrameInfo& info = kInfo) {
   const auto out = Core::DataOutputFile::Create(path, mode);
-  Canvaro::CoreUtil::SaveRawFrame(Picture(), out);
+  Canvaro::CoreUtil::SaveRawFrame(Picture(info), out);
   out->Close();
 }
 
 // ---- raw frame files against plain write and read ----
 
 void BaselineWrite(benchmark::State& state) {
-  const std::vector<char> bytes(FileBytes(), 'x');
+  const std::size_t size = FileBytes(InfoOf(state));
+  const std::vector<char> bytes(size, 'x');
   const ioPath path = Dir() / "baseline.bin";
   for (auto _ : state) {
     state.PauseTiming();
@@ -124,54 +158,58 @@ void BaselineWrite(benchmark::State& state) {
     state.ResumeTiming();
     WritePlain(path, bytes);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * FileBytes()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * size));
 }
 
 void SaveRawFrame(benchmark::State& state) {
-  const auto mode = static_cast<Core::DataOutputFile::Mode>(state.range(0));
+  const auto mode = static_cast<Core::DataOutputFile::Mode>(state.range(2));
   state.SetLabel(mode == Core::DataOutputFile::Mode::Atomic ? "atomic" : "direct");
-  Picture();
+  const Conf::FrameInfo info = InfoOf(state);
+  Picture(info);
   const ioPath path = Dir() / "frame.raw";
   for (auto _ : state) {
     state.PauseTiming();
     std::filesystem::remove(path.native());
     state.ResumeTiming();
-    SaveTo(path, mode);
+    SaveTo(path, mode, info);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * FileBytes()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * FileBytes(info)));
 }
 
 void BaselineRead(benchmark::State& state) {
+  const std::size_t size = FileBytes(InfoOf(state));
   const ioPath path = Dir() / "baseline-read.bin";
-  WritePlain(path, std::vector<char>(FileBytes(), 'y'));
-  std::vector<char> buffer(FileBytes(), 0);
+  WritePlain(path, std::vector<char>(size, 'y'));
+  std::vector<char> buffer(size, 0);
   for (auto _ : state) {
     ReadPlain(path, buffer.data(), buffer.size());
     benchmark::DoNotOptimize(buffer.data());
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * FileBytes()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * size));
 }
 
 void BaselineReadFresh(benchmark::State& state) {
+  const std::size_t size = FileBytes(InfoOf(state));
   const ioPath path = Dir() / "baseline-read.bin";
-  WritePlain(path, std::vector<char>(FileBytes(), 'y'));
+  WritePlain(path, std::vector<char>(size, 'y'));
   for (auto _ : state) {
-    std::unique_ptr<char[]> buffer(new char[FileBytes()]);
-    ReadPlain(path, buffer.get(), FileBytes());
+    const auto buffer = AllocateLikePictures(size);
+    ReadPlain(path, buffer.get(), size);
     benchmark::DoNotOptimize(buffer.get());
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * FileBytes()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * size));
 }
 
 void LoadRawFrame(benchmark::State& state) {
+  const Conf::FrameInfo info = InfoOf(state);
   const ioPath path = Dir() / "load.raw";
-  SaveTo(path, Core::DataOutputFile::Mode::Direct);
+  SaveTo(path, Core::DataOutputFile::Mode::Direct, info);
   for (auto _ : state) {
     Proc::IDataVideoPtr frame;
     Canvaro::CoreUtil::LoadRawFrame(frame, Core::DataInputFile::Create(path));
     benchmark::DoNotOptimize(frame.get());
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * FileBytes()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * FileBytes(info)));
 }
 
 // ---- the storage ----
@@ -221,15 +259,22 @@ void StorageLoadBack(benchmark::State& state) {
       static_cast<std::int64_t>(state.iterations() * (kStorageFrames - 1) * FileBytes()));
 }
 
-BENCHMARK(BaselineWrite)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(SaveRawFrame)
-    ->Arg(static_cast<int>(Core::DataOutputFile::Mode::Direct))
-    ->Arg(static_cast<int>(Core::DataOutputFile::Mode::Atomic))
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime();
-BENCHMARK(BaselineRead)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BaselineReadFresh)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(LoadRawFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
+// Both picture sizes, as {width, height}.
+void Sizes(benchmark::internal::Benchmark* b) {
+  for (const Conf::FrameInfo& info : {kInfo, kSmallInfo}) b->Args({info.width, info.height});
+}
+void SizesAndModes(benchmark::internal::Benchmark* b) {
+  for (const Conf::FrameInfo& info : {kInfo, kSmallInfo}) {
+    for (const auto mode : {Core::DataOutputFile::Mode::Direct, Core::DataOutputFile::Mode::Atomic})
+      b->Args({info.width, info.height, static_cast<int>(mode)});
+  }
+}
+
+BENCHMARK(BaselineWrite)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(SaveRawFrame)->Apply(SizesAndModes)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BaselineRead)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BaselineReadFresh)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(LoadRawFrame)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(StorageSwapOut)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 BENCHMARK(StorageLoadBack)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 

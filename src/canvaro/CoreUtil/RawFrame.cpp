@@ -39,6 +39,39 @@ std::uint64_t PromisedPixelBytes(const Core::IDataInputPtr& in, Proc::PixFmt for
   return bytes;
 }
 
+// Calls `piece(data, size)` for every run of `picture`'s pixel bytes in file order, so that the
+// bytes go straight between the picture's buffer and the stream. A plane without padding is one
+// run, and planes that follow each other in memory merge into one; padded rows are one run each.
+template <class Picture, class Piece>
+void ForEachRun(Picture& picture, Piece&& piece) {
+  using Byte = typename decltype(picture.GetPlane(0))::Byte;
+  Byte* start = nullptr;
+  std::size_t size = 0;
+  const auto extend = [&](Byte* data, std::size_t bytes) {
+    if (bytes == 0) return;
+    if (size > 0 && start + size == data) {
+      size += bytes;
+      return;
+    }
+    if (size > 0) piece(start, size);
+    start = data;
+    size = bytes;
+  };
+  const unsigned planes = picture.GetPlanesCount();
+  for (unsigned p = 0; p < planes; ++p) {
+    const auto plane = picture.GetPlane(p);
+    const std::size_t length = plane.GetRowLength();
+    if (plane.GetStride() == static_cast<std::ptrdiff_t>(length)) {
+      extend(plane.GetOffsetPtr(0, 0), length * plane.GetRowCount());
+      continue;
+    }
+    for (std::size_t row = 0; row < plane.GetRowCount(); ++row) {
+      extend(plane.GetOffsetPtr(0, row), length);
+    }
+  }
+  if (size > 0) piece(start, size);
+}
+
 }  // namespace
 
 void SaveRawFrame(const boost::intrusive_ptr<const Proc::IDataVideo>& frame,
@@ -49,13 +82,7 @@ void SaveRawFrame(const boost::intrusive_ptr<const Proc::IDataVideo>& frame,
   out->Write(&info, sizeof info);
   if (!frame) return;
 
-  const unsigned planes = Proc::GetPlanesCount(frame);
-  for (unsigned p = 0; p < planes; ++p) {
-    const Proc::Details::PlaneTemplate<true> plane = frame->GetPlane(p);
-    for (std::size_t row = 0; row < plane.GetRowCount(); ++row) {
-      out->Write(plane.GetOffsetPtr(0, row), plane.GetRowLength());
-    }
-  }
+  ForEachRun(*frame, [&](const std::uint8_t* data, std::size_t size) { out->Write(data, size); });
 }
 
 void LoadRawFrame(Proc::IDataVideoPtr& frame, const Core::IDataInputPtr& in) {
@@ -82,13 +109,7 @@ void LoadRawFrame(Proc::IDataVideoPtr& frame, const Core::IDataInputPtr& in) {
   Proc::IDataVideoPtr loaded = Proc::DataVideoFF::Create(format, info);
   loaded->SetPosition(kLoadedPosition);
   loaded->SetDuration(kLoadedDuration);
-  const unsigned planes = Proc::GetPlanesCount(loaded);
-  for (unsigned p = 0; p < planes; ++p) {
-    const Proc::Details::PlaneTemplate<false> plane = loaded->GetPlane(p);
-    for (std::size_t row = 0; row < plane.GetRowCount(); ++row) {
-      in->Read(plane.GetOffsetPtr(0, row), plane.GetRowLength());
-    }
-  }
+  ForEachRun(*loaded, [&](std::uint8_t* data, std::size_t size) { in->Read(data, size); });
   frame = std::move(loaded);
 }
 

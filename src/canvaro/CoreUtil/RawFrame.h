@@ -14,8 +14,10 @@
 ///   Proc::IDataVideoPtr again;
 ///   LoadRawFrame(again, Core::DataInputFile::Create(path));
 ///
-/// Both functions write and read one row per call through the streams' buffers. Stream failures
-/// propagate as the streams' Core::FileException. One thread per stream and picture.
+/// Both functions hand the streams the picture's own memory: one call per plane whose rows have
+/// no padding (adjacent planes merged), one per row otherwise; nothing is copied on the way and no
+/// buffer is allocated here. Stream failures propagate as the streams' Core::FileException. One
+/// thread per stream and picture.
 #pragma once
 
 #include <boost/intrusive_ptr.hpp>

@@ -14,8 +14,10 @@
 ///   stats.Remove(oldPixels->GetPlane(0), rect);              // ... a change of `rect` ...
 ///   stats.Add(mask->GetView(rect)->GetPlane(0), rect);
 ///
-/// Scans skip unpainted runs eight bytes at a time. Regions must lie inside the mask and hold one
-/// byte per pixel. One thread at a time.
+/// Scans test 64 bytes at a time with SSE2 where the target has it (every x86-64), eight bytes
+/// at a time elsewhere: an unpainted mask is read at about the speed of memchr, and a block of one
+/// value is counted at once. Regions must lie inside the mask and hold one byte per pixel. One
+/// thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,7 +21,16 @@ namespace Kelbra::Core {
 
 namespace {
 
+// The buffers start small and double up to their largest size as small requests keep coming,
+// so that a small file, or one read or written in a few large pieces, never allocates much.
+constexpr std::size_t kFirstBufferSize = std::size_t{4} << 10;
 constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+// Writes of at least this size bypass the buffer: a system call costs less than copying them.
+constexpr std::size_t kDirectWriteSize = std::size_t{64} << 10;
+
+std::size_t NextBufferSize(std::size_t current) {
+  return current == 0 ? kFirstBufferSize : std::min(current * 2, kBufferSize);
+}
 
 [[noreturn]] void ThrowFileError(const std::string& action, const std::string& file, int error) {
   throw FileException("Cannot " + action + " file '" + file + "': " + std::strerror(error));
@@ -54,7 +64,6 @@ class OutputFile final : public RefCounted<IDataOutput> {
         uncaught_(std::uncaught_exceptions()) {
     fd_ = ::open(writePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd_ < 0) ThrowFileError("create", target_, errno);
-    buffer_.reserve(kBufferSize);
   }
 
   ~OutputFile() override {
@@ -75,12 +84,19 @@ class OutputFile final : public RefCounted<IDataOutput> {
 
   void Write(const void* data, std::size_t size) override {
     CheckOpen();
-    if (buffer_.size() + size > kBufferSize) FlushBuffer();
-    if (size >= kBufferSize) {
-      WriteAll(static_cast<const char*>(data), size);
+    const char* bytes = static_cast<const char*>(data);
+    if (size >= kDirectWriteSize) {
+      // Whatever is buffered goes out in the same system call.
+      WriteAll(buffer_.data(), buffer_.size(), bytes, size);
+      buffer_.clear();
       return;
     }
-    const char* bytes = static_cast<const char*>(data);
+    if (buffer_.size() + size > kBufferSize) FlushBuffer();
+    if (buffer_.size() + size > buffer_.capacity()) {
+      std::size_t capacity = NextBufferSize(buffer_.capacity());
+      while (capacity < buffer_.size() + size) capacity = NextBufferSize(capacity);
+      buffer_.reserve(capacity);
+    }
     buffer_.insert(buffer_.end(), bytes, bytes + size);
   }
 
@@ -128,21 +144,35 @@ class OutputFile final : public RefCounted<IDataOutput> {
 
   void FlushBuffer() {
     if (buffer_.empty()) return;
-    WriteAll(buffer_.data(), buffer_.size());
+    WriteAll(buffer_.data(), buffer_.size(), nullptr, 0);
     buffer_.clear();
   }
 
-  void WriteAll(const char* data, std::size_t size) {
-    while (size > 0) {
-      const ssize_t written = ::write(fd_, data, size);
+  // Writes `first` and then `second` completely, together where the system takes both at once.
+  void WriteAll(const char* first, std::size_t firstSize, const char* second,
+                std::size_t secondSize) {
+    iovec pieces[2] = {{const_cast<char*>(first), firstSize},
+                       {const_cast<char*>(second), secondSize}};
+    iovec* next = firstSize > 0 ? pieces : pieces + 1;
+    int count = firstSize > 0 && secondSize > 0 ? 2 : 1;
+    while (count > 0 && next->iov_len > 0) {
+      const ssize_t written = ::writev(fd_, next, count);
       if (written < 0) {
         if (errno == EINTR) continue;
         const int error = errno;
         buffer_.clear();
         ThrowFileError("write", target_, error);
       }
-      data += written;
-      size -= static_cast<std::size_t>(written);
+      auto done = static_cast<std::size_t>(written);
+      while (count > 0 && done >= next->iov_len) {
+        done -= next->iov_len;
+        ++next;
+        --count;
+      }
+      if (count > 0) {
+        next->iov_base = static_cast<char*>(next->iov_base) + done;
+        next->iov_len -= done;
+      }
     }
   }
 
@@ -178,7 +208,6 @@ class InputFile final : public RefCounted<IDataInput> {
       ThrowFileError("read", name_, EISDIR);
     }
     size_ = S_ISREG(info.st_mode) ? static_cast<std::uint64_t>(info.st_size) : 0;
-    buffer_.reset(new char[kBufferSize]);
   }
 
   ~InputFile() override { ::close(fd_); }
@@ -205,15 +234,21 @@ class InputFile final : public RefCounted<IDataInput> {
     std::size_t total = 0;
     while (total < size) {
       if (begin_ == end_) {
-        if (size - total >= kBufferSize) {
+        // A request at least as large as the next buffer goes straight into the caller's memory.
+        const std::size_t next = NextBufferSize(capacity_);
+        if (size - total >= next) {
           const std::size_t got = ReadRaw(out + total, size - total);
           if (got == 0) break;
           total += got;
           position_ += got;
           continue;
         }
+        if (capacity_ < next) {
+          buffer_.reset(new char[next]);
+          capacity_ = next;
+        }
         begin_ = 0;
-        end_ = ReadRaw(buffer_.get(), kBufferSize);
+        end_ = ReadRaw(buffer_.get(), capacity_);
         if (end_ == 0) break;
       }
       const std::size_t take = std::min(size - total, end_ - begin_);
@@ -243,6 +278,7 @@ class InputFile final : public RefCounted<IDataInput> {
   std::uint64_t size_ = 0;
   std::uint64_t position_ = 0;
   std::unique_ptr<char[]> buffer_;
+  std::size_t capacity_ = 0;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
 };

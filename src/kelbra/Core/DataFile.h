@@ -1,9 +1,12 @@
 /// \file
 /// File streams: buffered reading and writing of whole files.
 ///
-/// Both keep a 1 MiB buffer, so many small reads and writes (one per picture row) cost a memcpy
-/// each and one system call per megabyte; requests larger than the buffer go straight to the
-/// file. Failures throw Core::FileException naming the file and the operating system's reason.
+/// Small reads and writes (a header, the rows of a padded picture) go through a buffer that
+/// starts at 4 KiB and doubles, up to 1 MiB, while they keep coming; so a small file never
+/// allocates much. Large requests go straight between the caller's memory and the file, without a
+/// copy: a write of 64 KiB or more in one system call together with what is buffered, a read as
+/// large as the next buffer fill after what is buffered. Failures throw Core::FileException
+/// naming the file and the operating system's reason.
 ///
 /// Note for hosts that test file size limits: with RLIMIT_FSIZE reached the kernel sends SIGXFSZ,
 /// which ends the process unless the host ignores it; ignored, the write fails with EFBIG and is

@@ -48,8 +48,10 @@ class RawFrameFormats : public testing::TestWithParam<PixFmt> {};
 
 TEST_P(RawFrameFormats, FileIsHeaderThenPackedRowsAndLoadsBackEqual) {
   canvaro_test::TempDir dir;
-  // Odd sizes give padded strides; aspect values travel untouched.
-  for (const Conf::FrameInfo info : {Conf::FrameInfo{13, 7, 3, 2}, Conf::FrameInfo{1, 3, 0, 0}}) {
+  // Odd sizes give padded strides, and 256 pixels unpadded planes read and written whole (past
+  // the streams' buffers); aspect values travel untouched.
+  for (const Conf::FrameInfo info : {Conf::FrameInfo{13, 7, 3, 2}, Conf::FrameInfo{1, 3, 0, 0},
+                                     Conf::FrameInfo{256, 300, 1, 1}}) {
     const auto picture = MakePatternPicture(GetParam(), info, 9);
     picture->SetPosition(777);
     picture->SetDuration(5);

@@ -38,14 +38,16 @@ constexpr std::int32_t kHeight = 37;
 
 // The mask as the test expects it, kept independently of the history: one byte per pixel.
 struct Model {
-  std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(kWidth * kHeight, 0);
+  std::int32_t width = kWidth;
+  std::int32_t height = kHeight;
+  std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(width * height, 0);
 
-  std::uint8_t& at(std::int32_t x, std::int32_t y) { return bytes[y * kWidth + x]; }
+  std::uint8_t& at(std::int32_t x, std::int32_t y) { return bytes[y * width + x]; }
   // Paints `value` into the rectangle: every pixel, or a pattern that leaves some alone.
   Model Painted(const MaskInfo& rect, std::uint8_t value, bool solid = false) const {
     Model next = *this;
-    for (std::int32_t y = std::max(rect.GetTop(), 0); y < std::min(rect.GetBottom(), kHeight); ++y)
-      for (std::int32_t x = std::max(rect.GetLeft(), 0); x < std::min(rect.GetRight(), kWidth); ++x)
+    for (std::int32_t y = std::max(rect.GetTop(), 0); y < std::min(rect.GetBottom(), height); ++y)
+      for (std::int32_t x = std::max(rect.GetLeft(), 0); x < std::min(rect.GetRight(), width); ++x)
         if (solid || (x * 7 + y * 3) % 5 != 0) next.at(x, y) = value;
     return next;
   }
@@ -57,23 +59,23 @@ struct Model {
   }
   Proc::CropInfo Box() const {
     Proc::CropInfo box;
-    for (std::int32_t y = 0; y < kHeight; ++y)
-      for (std::int32_t x = 0; x < kWidth; ++x)
-        if (bytes[y * kWidth + x] != 0) box.Apart(x, y);
+    for (std::int32_t y = 0; y < height; ++y)
+      for (std::int32_t x = 0; x < width; ++x)
+        if (bytes[y * width + x] != 0) box.Apart(x, y);
     return box;
   }
   Proc::IDataVideoPtr Picture() const {
-    auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight, 1, 1});
+    auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {width, height, 1, 1});
     auto plane = picture->GetPlane(0);
-    for (std::int32_t y = 0; y < kHeight; ++y)
-      std::memcpy(plane.GetOffsetPtr(0, y), &bytes[y * kWidth], kWidth);
+    for (std::int32_t y = 0; y < height; ++y)
+      std::memcpy(plane.GetOffsetPtr(0, y), &bytes[y * width], width);
     return picture;
   }
   static Model Of(const Proc::IDataVideo& picture) {
-    Model model;
+    Model model{picture.GetFrameInfo().width, picture.GetFrameInfo().height};
     const auto plane = picture.GetPlane(0);
-    for (std::int32_t y = 0; y < kHeight; ++y)
-      std::memcpy(&model.bytes[y * kWidth], plane.GetOffsetPtr(0, y), kWidth);
+    for (std::int32_t y = 0; y < model.height; ++y)
+      std::memcpy(&model.bytes[y * model.width], plane.GetOffsetPtr(0, y), model.width);
     return model;
   }
 };
@@ -123,11 +125,19 @@ struct Strokes {
   std::vector<MaskInfo> infos;
 };
 
-Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<MaskUndo>& owner) {
+// `scale` multiplies the mask's size and every rectangle.
+Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<MaskUndo>& owner,
+                     std::int32_t scale = 1) {
+  const auto Rect = [scale](std::int32_t left, std::int32_t right, std::int32_t top,
+                            std::int32_t bottom) {
+    return ::Rect(left * scale, right * scale, top * scale, bottom * scale);
+  };
   Strokes s;
-  s.states.push_back(Model().Painted(Rect(10, 30, 5, 20), ICanvaroBrush::INDEX_DEFAULT));
+  const Model blank{kWidth * scale, kHeight * scale};
+  s.states.push_back(blank.Painted(Rect(10, 30, 5, 20), ICanvaroBrush::INDEX_DEFAULT));
   s.infos.push_back(Rect(0, kWidth, 0, kHeight));
-  owner = std::make_unique<MaskUndo>(&storage, kWidth, kHeight, s.states[0].Picture(), s.infos[0]);
+  owner = std::make_unique<MaskUndo>(&storage, blank.width, blank.height, s.states[0].Picture(),
+                                     s.infos[0]);
   mask = owner.get();
   struct Stroke {
     MaskInfo info;
@@ -148,10 +158,13 @@ Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<Mas
   return s;
 }
 
-TEST_F(MaskUndoTest, StrokesUndoAndRedoInAnyOrder) {
+// Scale 7 makes rows of several 64-byte blocks, and more rows than the counts batch per column.
+class MaskUndoScales : public MaskUndoTest, public ::testing::WithParamInterface<std::int32_t> {};
+
+TEST_P(MaskUndoScales, StrokesUndoAndRedoInAnyOrder) {
   std::unique_ptr<MaskUndo> owner;
   MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  const Strokes s = PaintStrokes(mask, *storage_, owner, GetParam());
   ASSERT_EQ(mask->GetItemCount(), 5u);
   ExpectMask(*mask, s.states[4], "after the strokes");
 
@@ -180,12 +193,20 @@ TEST_F(MaskUndoTest, StrokesUndoAndRedoInAnyOrder) {
     }
   }
 
+  // A bar at the left edge replaces everything: its right side ends inside a block of 64 bytes,
+  // and at scale 7 each of its columns holds 256 painted pixels, more than a batch of counts.
+  const Model& last = s.states[mask->GetCurrentIndexImpl()];
+  const Model bar = Model{last.width, last.height}.Painted(Rect(0, 40, 1, 257), 90, true);
+  ASSERT_TRUE(mask->PushMask(Rect(0, last.width, 0, last.height), bar.Picture()));
+  ExpectMask(*mask, bar, "bar");
+
   // A recount on demand finds the same, whatever rectangle it is given.
-  const Model& now = s.states[mask->GetCurrentIndexImpl()];
   mask->CheckInfo(Rect(0, 1, 0, 1));
   EXPECT_EQ(mask->GetInfo().GetRight(), 1);
-  ExpectMask(*mask, now, "recounted");
+  ExpectMask(*mask, bar, "recounted");
 }
+
+INSTANTIATE_TEST_SUITE_P(Sizes, MaskUndoScales, ::testing::Values(1, 7));
 
 TEST_F(MaskUndoTest, NewStrokeAfterUndoDropsTheRedoTailAndItsPictures) {
   std::unique_ptr<MaskUndo> owner;

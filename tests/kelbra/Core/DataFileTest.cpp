@@ -38,8 +38,10 @@ TEST(DataFileTest, ManySmallAndSomeLargeWritesReadBackExactly) {
   canvaro_test::TempDir dir;
   const ioPath file = dir / "data.bin";
   const std::vector<char> bytes = Pattern(5'000'000);
-  // Sizes mixing tiny rows, rows near the buffer size, and blocks larger than the buffer.
-  const std::size_t sizes[] = {1, 7, 24000, 1 << 20, (1 << 20) + 3, 3, 2'000'000};
+  // Sizes mixing tiny rows, rows at the first buffer size and the direct write size, rows near
+  // the largest buffer size, and blocks larger than it.
+  const std::size_t sizes[] = {1,  7,       4096,          24000, 65535,    65536,
+                               20, 1 << 20, (1 << 20) + 3, 3,     2'000'000};
   {
     auto out = Core::DataOutputFile::Create(file);
     std::size_t at = 0;
