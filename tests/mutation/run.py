@@ -55,7 +55,7 @@ def prepare_suite(name, ref, build_root):
 
 
 def build_and_test(build, timeout):
-    built = run(["cmake", "--build", build], timeout=3600)
+    built = run(["cmake", "--build", build, "-j2"], timeout=3600)
     if built.returncode != 0:
         return "no-build", built.stdout[-2000:]
     # The installed-package test builds a whole consumer project; it checks packaging, not the
