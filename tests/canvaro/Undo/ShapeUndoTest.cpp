@@ -18,7 +18,6 @@
 #include "canvaro/shapes/TextInfo.h"
 #include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/Property.h"
-#include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
@@ -292,41 +291,6 @@ TEST_F(ShapeUndoTest, RemoveShapeAllImplCanClearTheTool) {
   EXPECT_EQ(manager_->GetStepCount(), 2u);
 }
 
-TEST_F(ShapeUndoTest, UndoAndRedoWalkAShapesStates) {
-  shapes_.SetShape(NewArrow(), nullptr);
-  const ShapeInfo placed = Current(0);
-  shapes_.SetShape(MovedTo(placed, 0.7), nullptr);
-  const ShapeInfo moved = Current(0);
-  observer_.log.clear();
-  observer_.shapes.clear();
-
-  manager_->Undo();
-  EXPECT_TRUE(Current(0) == placed);
-  EXPECT_EQ(shapes_.GetShapeItemInfo(0, 2).GetImpl(), moved.GetImpl()) << "kept for redo";
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "tool 1", "shape 1"));
-
-  // The first step is the document's base: the manager never undoes it, but the item can be
-  // stepped back to its baseline as a transaction's rollback would.
-  EXPECT_FALSE(manager_->IsUndoEnabled());
-
-  observer_.log.clear();
-  manager_->Redo();
-  EXPECT_TRUE(Current(0) == moved);
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "tool 1", "shape 2"));
-  ASSERT_EQ(observer_.shapes.size(), 2u);
-  EXPECT_TRUE(observer_.shapes.back() == moved);
-}
-
-TEST_F(ShapeUndoTest, UndoingThePlacingOfAShapeHidesIt) {
-  shapes_.SetShape(NewLine(), nullptr);  // the base step
-  shapes_.SetShape(NewText(), nullptr);
-  manager_->Undo();
-  EXPECT_FALSE(Current(1)->IsVisible());
-  EXPECT_TRUE(shapes_.GetItem(1).IsSaved()) << "the text's baseline is saved";
-  manager_->Redo();
-  EXPECT_TRUE(Current(1)->IsVisible());
-}
-
 TEST_F(ShapeUndoTest, SavedStateOfTheSet) {
   EXPECT_TRUE(shapes_.IsSaved()) << "an empty set";
   shapes_.SetShape(NewLine(), nullptr);
@@ -368,94 +332,8 @@ TEST_F(ShapeUndoTest, ShapesOutsideTheSetAreRefused) {
   EXPECT_EQ(manager_->GetStepCount(), 0u);
 }
 
-TEST_F(ShapeUndoTest, DrawableFrameInfoIsTheDocumentsNotTheShapeSets) {
-  EXPECT_THROW(shapes_.GetDrawableFrameInfo(), std::logic_error);
-  EXPECT_THROW(shapes_.SetDrawableFrameInfo({800, 600, 4, 3}), std::logic_error);
-  EXPECT_THAT(observer_.log, IsEmpty());
-}
-
-// Saving: the set, the step list and the storage go into one tree, through its text form, and
-// come back into fresh objects over the same swap directory.
-class ShapeUndoSaveTest : public ShapeUndoTest {
- protected:
-  Core::Property Save() {
-    Core::Property tree;
-    auto s = Drevin::SerializerProperty::Create(tree);
-    s->WriteObject("Shapes", shapes_);
-    s->WriteObject("UndoManager", *manager_);
-    s->WriteObject("Storage", storage_);
-    storage_.WaitForPendingSaves();
-    return Core::PropertySerializer::FromString(Core::PropertySerializer::ToString(tree));
-  }
-};
-
-TEST_F(ShapeUndoSaveTest, ASavedSetLoadsIntoAFreshSetWithItsSteps) {
-  shapes_.SetShape(NewLine(), nullptr);
-  shapes_.SetShapes({NewText(), NewArrow()});
-  shapes_.SetShape(MovedTo(Current(1), 0.25), Picture(7));
-  shapes_.RemoveShapeAll(ShapeType::Arrow);
-  manager_->Undo();
-  const Core::Property tree = Save();
-
-  const auto& items = tree.GetChild("Shapes").GetCollection("Items");
-  ASSERT_EQ(items.size(), 3u);
-  EXPECT_EQ(items[2].GetString("Name"), "Item_00000002");
-  EXPECT_EQ(items[2].GetChild("Data").GetClassId(), "ShapeUndoItem");
-
-  FrameStorage storage(dir_.path(), [n = 0]() mutable { return "again" + std::to_string(n++); });
-  IUndoManagerPtr manager = UndoManager::Create(storage);
-  ShapeUndo shapes(&storage, manager);
-  RecordingObserver observer;
-  shapes.RegisterEventHandler(manager.get());
-  manager->GetTransactionManager().RegisterHandler(&observer);
-  auto reader = Drevin::SerializerProperty::Create(tree);
-  reader->ReadObject("Storage", storage);
-  reader->ReadObject("Shapes", shapes);
-  reader->ReadObject("UndoManager", *manager);
-
-  ASSERT_EQ(shapes.GetItemCount(), 3u);
-  EXPECT_EQ(manager->GetStepCount(), manager_->GetStepCount());
-  EXPECT_EQ(manager->GetCurrentStep(), manager_->GetCurrentStep());
-  for (unsigned i = 0; i < 3; ++i) {
-    const ShapeUndoItem& original = shapes_.GetItem(i);
-    const ShapeUndoItem& loaded = shapes.GetItem(i);
-    EXPECT_EQ(loaded.GetMultiName(), original.GetMultiName());
-    ASSERT_EQ(loaded.GetItemCount(), original.GetItemCount()) << i;
-    EXPECT_EQ(loaded.GetCurrentIndexImpl(), original.GetCurrentIndexImpl()) << i;
-    for (Index state = 0; state < loaded.GetItemCount(); ++state) {
-      EXPECT_TRUE(loaded.Get(state).GetInfo() == original.Get(state).GetInfo()) << i << state;
-      EXPECT_EQ(loaded.Get(state).GetFrameIndex(), original.Get(state).GetFrameIndex());
-    }
-  }
-  EXPECT_EQ(canvaro_test::PackedBytes(*shapes.GetShapeItemVideo(1, kCurrent)),
-            canvaro_test::PackedBytes(*Picture(7)));
-
-  // The loaded steps replay on the loaded items, exactly as the original ones do.
-  observer.log.clear();  // loading the step list announced each step
-  manager->Redo();
-  manager_->Redo();
-  EXPECT_FALSE(shapes.GetShapeItemInfo(2, kCurrent)->IsVisible());
-  EXPECT_THAT(observer.log, ElementsAre("undo", "save", "tool 1", "shape 2"));
-  manager->Undo();
-  manager->Undo();
-  manager_->Undo();
-  manager_->Undo();
-  for (unsigned i = 0; i < 3; ++i) {
-    EXPECT_TRUE(shapes.GetShapeItemInfo(i, kCurrent) == Current(i)) << i;
-  }
-  // And new shapes continue the order.
-  shapes.SetShape(NewText(), nullptr);
-  EXPECT_EQ(shapes.GetShapeItemInfo(3, kCurrent)->GetIndex(), 3);
-}
-
-TEST_F(ShapeUndoSaveTest, ANodeWithoutItemsLeavesTheSetAlone) {
-  shapes_.SetShape(NewLine(), nullptr);
-  Core::Property empty;
-  shapes_.Deserialize(Drevin::SerializerProperty::Create(std::as_const(empty)));
-  EXPECT_EQ(shapes_.GetItemCount(), 1u);
-}
-
-TEST_F(ShapeUndoSaveTest, SavedItemsThatCannotBeUsedAreRefused) {
+// Loading a whole saved set is checked with the document (CanvaroUndoSerializeTest).
+TEST_F(ShapeUndoTest, SavedItemsThatCannotBeUsedAreRefused) {
   // One saved item, as a damaged file might hold it; `fill` writes its "Data".
   auto load = [this](auto fill) {
     Core::Property node;

@@ -408,6 +408,7 @@ TYPED_TEST(ShapeKindTest, RemoveHidesUnsavesAndClearsTheToolOnlyWhenAsked) {
   shape->Remove(true);
   EXPECT_FALSE(shape->IsVisible());
   EXPECT_EQ(shape->GetCurrentToolID(), IToolsId::NONE);
+  EXPECT_EQ(shape->GetTool(), IToolsId::SHAPE_FRAME);  // the record's own tool stays
 }
 
 TYPED_TEST(ShapeKindTest, QuarterTurnsKeepSizesInPixels) {
