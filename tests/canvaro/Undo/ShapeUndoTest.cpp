@@ -332,37 +332,4 @@ TEST_F(ShapeUndoTest, ShapesOutsideTheSetAreRefused) {
   EXPECT_EQ(manager_->GetStepCount(), 0u);
 }
 
-// Loading a whole saved set is checked with the document (CanvaroUndoSerializeTest).
-TEST_F(ShapeUndoTest, SavedItemsThatCannotBeUsedAreRefused) {
-  // One saved item, as a damaged file might hold it; `fill` writes its "Data".
-  auto load = [this](auto fill) {
-    Core::Property node;
-    Core::Property& item = node.AddCollection("Items").emplace_back();
-    item.SetString("Name", "Item_00000000");
-    fill(item);
-    ShapeUndo fresh(&storage_, UndoManager::Create(storage_));
-    try {
-      fresh.Deserialize(Drevin::SerializerProperty::Create(std::as_const(node)));
-    } catch (...) {
-      EXPECT_EQ(fresh.GetItemCount(), 0u) << "nothing half-read joins the set";
-      throw;
-    }
-  };
-
-  EXPECT_THROW(load([](Core::Property& item) {
-                 Core::Property& data = item.AddChild("Data");
-                 data.SetInt("Index", -1);
-                 data.AddCollection("Items");  // no states at all
-               }),
-               CanvaroException);
-  EXPECT_THROW(load([](Core::Property& item) {
-                 Core::Property& data = item.AddChild("Data");
-                 data.SetInt("Index", 0);
-                 Core::Property& state = data.AddCollection("Items").emplace_back();
-                 state.AddChild("Info");  // a state without a shape kind
-               }),
-               CanvaroException);
-  EXPECT_THROW(load([](Core::Property&) {}), Core::PropertyException);  // no "Data"
-}
-
 }  // namespace

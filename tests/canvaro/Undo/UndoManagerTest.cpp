@@ -368,19 +368,6 @@ TEST_F(UndoManagerTest, LoadingANameNeverMadeAvailableThrowsNamingIt) {
   }
   EXPECT_EQ(loaded->GetStepCount(), 0u);
   EXPECT_EQ(loaded->GetCurrentStep(), -1);
-
-  // A saved cursor outside the saved steps is refused as well.
-  tree.SetInt("Index", 7);
-  loaded->SetAvailableItem(&b_);
-  EXPECT_THROW(loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))),
-               CanvaroException);
-  EXPECT_EQ(loaded->GetStepCount(), 0u);
-
-  // An empty node or no node loads nothing.
-  loaded->Deserialize(nullptr);
-  loaded->Deserialize(Drevin::SerializerProperty::Create(Core::Property()));
-  EXPECT_EQ(loaded->GetStepCount(), 0u);
-  EXPECT_EQ(loaded->GetCurrentStep(), -1);
 }
 
 }  // namespace

@@ -146,21 +146,10 @@ SettingsCore Settings(const std::string& package) {
 }
 
 ShapeInfo NewShape(ShapeType kind, double x) {
-  ShapeInfoBasePtr shape;
-  switch (kind) {
-    case ShapeType::Rectangle:
-      shape = RectangleInfo::Create(IToolsId::SHAPE_FRAME);
-      break;
-    case ShapeType::Ellipse:
-      shape = EllipseInfo::Create(IToolsId::SHAPE_FRAME);
-      break;
-    case ShapeType::Text:
-      shape = TextInfo::Create(IToolsId::TEXT);
-      break;
-    default:
-      shape = LineInfo::Create(IToolsId::SHAPE_LINE);
-      break;
-  }
+  ShapeInfoBasePtr shape = kind == ShapeType::Rectangle ? RectangleInfo::Create(IToolsId::SHAPE_FRAME)
+                           : kind == ShapeType::Ellipse ? EllipseInfo::Create(IToolsId::SHAPE_FRAME)
+                           : kind == ShapeType::Text    ? TextInfo::Create(IToolsId::TEXT)
+                                                        : LineInfo::Create(IToolsId::SHAPE_LINE);
   shape->GetPosition().SetX(x);
   return ShapeInfo(ShapeInfoBaseConstPtr(shape));
 }
