@@ -7,6 +7,9 @@ change to the tests can show that every fault the old tests caught is still caug
 
     python3 tests/mutation/run.py --suite old=<commit-before> --suite new=HEAD
 
+A suite already run can be taken from that run's output (--known old=old.log with
+--suite old=<commit-before>), so that only the changed suite is built and run again.
+
 Each suite is built once in a scratch worktree under the build root (ccache speeds up the
 per-fault rebuilds when it is installed). Prints one line per fault and suite, then a table;
 exits with status 1 when the last suite misses a fault that an earlier suite caught, or when a
@@ -86,6 +89,9 @@ def main():
     parser.add_argument("--build-root", default=os.path.join(tempfile.gettempdir(),
                                                              "canvaro-mutation"))
     parser.add_argument("--timeout", type=int, default=300, help="seconds per test")
+    parser.add_argument("--known", action="append", default=[],
+                        help="NAME=FILE: take suite NAME's verdicts from an earlier run's output "
+                             "instead of running it again")
     args = parser.parse_args()
 
     with open(args.faults, encoding="utf-8") as f:
@@ -98,7 +104,19 @@ def main():
 
     results = {}
     broken = False
+    for name, path in (k.split("=", 1) for k in args.known):
+        with open(path, encoding="utf-8") as f:
+            for line in f:
+                words = line.split(None, 2)
+                if len(words) == 3 and words[0] == name:
+                    results[(words[1], name)] = words[2].strip()
+        missing = [fault["id"] for fault in faults if (fault["id"], name) not in results]
+        if missing:
+            sys.exit(f"{name}: {path} has no verdict for " + ", ".join(missing))
+    known = {k.split("=", 1)[0] for k in args.known}
     for name, ref in suites:
+        if name in known:
+            continue
         tree, build = prepare_suite(name, ref, args.build_root)
         state, log = build_and_test(build, args.timeout)
         if state != "passed":
