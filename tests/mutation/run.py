@@ -63,8 +63,9 @@ def build_and_test(build, timeout):
         return "no-build", built.stdout[-2000:]
     # The installed-package test builds a whole consumer project; it checks packaging, not the
     # library's behaviour, so it is left out here.
-    tested = run(["ctest", "-j2", "--timeout", str(timeout), "-E", "^InstalledPackage\\."],
-                 cwd=build, timeout=3600)
+    # The first failing test decides: a fault is caught as soon as anything fails.
+    tested = run(["ctest", "-j2", "--stop-on-failure", "--timeout", str(timeout), "-E",
+                  "^InstalledPackage\\."], cwd=build, timeout=3600)
     return ("passed" if tested.returncode == 0 else "failed"), tested.stdout[-2000:]
 
 
