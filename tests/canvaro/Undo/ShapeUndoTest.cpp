@@ -76,12 +76,14 @@ class ShapeUndoTest : public ::testing::Test {
   RecordingObserver observer_;
 };
 
-TEST_F(ShapeUndoTest, ANewShapeGetsTheNextIndexAndAZValueAboveTheOthers) {
+// A new shape gets the next index and a z-value above the visible shapes inside the range; the
+// middle of the range when there are none; the top of the range again, with an error, when it
+// is used up.
+TEST_F(ShapeUndoTest, ANewShapeGetsTheNextIndexAndAZValueAboveTheVisibleOnes) {
+  canvaro_test::LogCapture log;
   const ShapeInfo line = NewLine();
   shapes_.SetShape(line, nullptr);
   shapes_.SetShape(NewArrow(), nullptr);
-
-  ASSERT_EQ(shapes_.GetItemCount(), 2u);
   EXPECT_EQ(Current(0)->GetIndex(), 0);
   EXPECT_EQ(Current(0)->GetZValue(), kFirstZ);
   EXPECT_EQ(Current(1)->GetIndex(), 1);
@@ -89,44 +91,31 @@ TEST_F(ShapeUndoTest, ANewShapeGetsTheNextIndexAndAZValueAboveTheOthers) {
   EXPECT_EQ(shapes_.GetItem(1).GetMultiName(), "Item_00000001");
   EXPECT_EQ(line->GetIndex(), -1) << "the caller's record is not touched";
   EXPECT_FALSE(Current(0)->IsSaved());
-}
 
-TEST_F(ShapeUndoTest, HiddenShapesDoNotCountForTheNextZValue) {
-  shapes_.SetShape(NewLine(), nullptr);
-  shapes_.SetShape(NewArrow(), nullptr);
   shapes_.RemoveShapeAll(ShapeType::Arrow);  // the top shape goes
-
   shapes_.SetShape(NewText(), nullptr);
   EXPECT_EQ(Current(2)->GetZValue(), kFirstZ + 1) << "the removed arrow's value is reused";
-
   shapes_.RemoveShapeAll(ShapeType::All);
   EXPECT_EQ(shapes_.GenerateNewZValue(), kFirstZ) << "nothing visible: the middle again";
 
   // Visible shapes below the range do not count either.
-  auto low = NewLine();
-  shapes_.SetShape(low, nullptr);
+  shapes_.SetShape(NewLine(), nullptr);
   auto lowered = Current(3)->Clone();
   lowered->SetZValue(50);
   shapes_.OverwriteShape(ShapeInfo(*lowered));
   EXPECT_EQ(shapes_.GenerateNewZValue(), kFirstZ);
-}
 
-TEST_F(ShapeUndoTest, TheTopOfTheZRangeIsReusedWithAnError) {
-  canvaro_test::LogCapture log;
-  shapes_.SetShape(NewLine(), nullptr);
-  auto top = Current(0)->Clone();
+  auto top = Current(3)->Clone();
   top->SetZValue(InfoTypeBase::ZValueMax - 1);
   shapes_.OverwriteShape(ShapeInfo(*top));
-
   shapes_.SetShape(NewLine(), nullptr);  // exactly the maximum is still fine
-  EXPECT_EQ(Current(1)->GetZValue(), 2147483547.0);
+  EXPECT_EQ(Current(4)->GetZValue(), 2147483547.0);
   EXPECT_THAT(log.Messages(google::GLOG_ERROR), IsEmpty());
-
   shapes_.SetShape(NewLine(), nullptr);
-  EXPECT_EQ(Current(2)->GetZValue(), 2147483547.0);
+  EXPECT_EQ(Current(5)->GetZValue(), 2147483547.0);
   EXPECT_THAT(log.Messages(google::GLOG_ERROR),
               ElementsAre("ZValue for new ShapeInfo item is greater than maximum allowed! Shape "
-                          "items count is 2."));
+                          "items count is 5."));
 }
 
 TEST_F(ShapeUndoTest, EachEditIsAStepWithItsEvents) {
