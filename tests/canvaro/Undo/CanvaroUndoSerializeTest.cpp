@@ -3,8 +3,8 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <variant>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -184,23 +184,24 @@ TEST_F(CanvaroUndoSerializeTest, TheTextFormHoldsEveryPartUnderItsKeys) {
   CollectKeys(Core::PropertySerializer::FromString(Save(*doc)), "", keys);
   std::string all;
   for (const auto& [path, names] : keys) all += path + ": " + names + "\n";
-  EXPECT_EQ(all,
-            "(): Shape UndoManager Frames Index Items \n"
-            "/Frames(FrameStorage): StorageItems \n"
-            "/Frames/StorageItems[](): StorageItem \n"
-            "/Frames/StorageItems[]/StorageItem(FrameItem): FileName Width Height AspectX AspectY \n"
-            "/Items[](): Info FrameIndex Mask \n"
-            "/Items[]/Mask(MaskUndo): Index Items IsSaved MaskCounter MaskInfo \n"
-            "/Items[]/Mask/Items[](): Info FrameIndex FileName Width Height AspectX AspectY \n"
-            "/Items[]/Mask/MaskCounter(MaskCounter): PixelCount PixelCountDetail \n"
-            "/Items[]/Mask/MaskCounter/PixelCountDetail[](): PixelCountDetailId PixelCountDetailVal \n"
-            "/Shape(ShapeUndo): Items \n"
-            "/Shape/Items[](): Name Data \n"
-            "/Shape/Items[]/Data(ShapeUndoItem): Index Items \n"
-            "/Shape/Items[]/Data/Items[](): Info FrameIndex \n"
-            "/UndoManager(UndoManager): ToolName Index Storage \n"
-            "/UndoManager/Storage[](): ItemList \n"
-            "/UndoManager/Storage[]/ItemList[](): Item \n");
+  EXPECT_EQ(
+      all,
+      "(): Shape UndoManager Frames Index Items \n"
+      "/Frames(FrameStorage): StorageItems \n"
+      "/Frames/StorageItems[](): StorageItem \n"
+      "/Frames/StorageItems[]/StorageItem(FrameItem): FileName Width Height AspectX AspectY \n"
+      "/Items[](): Info FrameIndex Mask \n"
+      "/Items[]/Mask(MaskUndo): Index Items IsSaved MaskCounter MaskInfo \n"
+      "/Items[]/Mask/Items[](): Info FrameIndex FileName Width Height AspectX AspectY \n"
+      "/Items[]/Mask/MaskCounter(MaskCounter): PixelCount PixelCountDetail \n"
+      "/Items[]/Mask/MaskCounter/PixelCountDetail[](): PixelCountDetailId PixelCountDetailVal \n"
+      "/Shape(ShapeUndo): Items \n"
+      "/Shape/Items[](): Name Data \n"
+      "/Shape/Items[]/Data(ShapeUndoItem): Index Items \n"
+      "/Shape/Items[]/Data/Items[](): Info FrameIndex \n"
+      "/UndoManager(UndoManager): ToolName Index Storage \n"
+      "/UndoManager/Storage[](): ItemList \n"
+      "/UndoManager/Storage[]/ItemList[](): Item \n");
 }
 
 TEST_F(CanvaroUndoSerializeTest, ASaveWithoutStepListGetsAStepPerItemAndStroke) {

@@ -76,10 +76,10 @@ TEST(ShapeUndoItemTest, RemovingAShapeIsUnsavedOnlyIfSavedSinceItLastAppeared) {
     std::string pushes, saved, wasSaved;
   };
   const Case cases[] = {
-      {false, "mh", "-1", "0-"},    // never saved: the removal leaves nothing unsaved
-      {false, "smh", "--0", "-11"}, // saved since it appeared: the removal is a change
-      {true, "hmh", "0-1", "-0-"},  // saved before it was removed and shown again: no matter
-      {false, "hh", "-1", "-0"},    // right after a removal: the newest state is the last appearance
+      {false, "mh", "-1", "0-"},     // never saved: the removal leaves nothing unsaved
+      {false, "smh", "--0", "-11"},  // saved since it appeared: the removal is a change
+      {true, "hmh", "0-1", "-0-"},   // saved before it was removed and shown again: no matter
+      {false, "hh", "-1", "-0"},  // right after a removal: the newest state is the last appearance
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.pushes);

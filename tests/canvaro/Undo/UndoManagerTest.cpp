@@ -1,9 +1,9 @@
 #include "canvaro/Undo/UndoManager.h"
 
 #include <functional>
-#include <type_traits>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gmock/gmock.h>

@@ -39,8 +39,9 @@ TEST(ToolsIdTest, StoresTheToolByNameAndReadsUnknownNamesAsNone) {
   misspelt.SetString("ToolName", "SHAPE_ARROWS");
   const Core::Property empty;
   using Case = std::pair<const Core::Property*, IToolsId::Value>;
-  for (const auto& [node, expected] : {Case{&tree, IToolsId::SHAPE_FRAME},
-                                       Case{&misspelt, IToolsId::NONE}, Case{&empty, IToolsId::NONE}}) {
+  for (const auto& [node, expected] :
+       {Case{&tree, IToolsId::SHAPE_FRAME}, Case{&misspelt, IToolsId::NONE},
+        Case{&empty, IToolsId::NONE}}) {
     ToolsId read(IToolsId::TEXT);
     read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(*node)));
     EXPECT_EQ(read.GetCurrentToolID(), expected);

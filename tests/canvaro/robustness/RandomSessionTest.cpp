@@ -146,10 +146,14 @@ SettingsCore Settings(const std::string& package) {
 }
 
 ShapeInfo NewShape(ShapeType kind, double x) {
-  ShapeInfoBasePtr shape = kind == ShapeType::Rectangle ? RectangleInfo::Create(IToolsId::SHAPE_FRAME)
-                           : kind == ShapeType::Ellipse ? EllipseInfo::Create(IToolsId::SHAPE_FRAME)
-                           : kind == ShapeType::Text    ? TextInfo::Create(IToolsId::TEXT)
-                                                        : LineInfo::Create(IToolsId::SHAPE_LINE);
+  ShapeInfoBasePtr shape;
+  if (kind == ShapeType::Rectangle || kind == ShapeType::Ellipse) {
+    shape = kind == ShapeType::Rectangle ? RectangleInfo::Create(IToolsId::SHAPE_FRAME)
+                                         : EllipseInfo::Create(IToolsId::SHAPE_FRAME);
+  } else {
+    shape = kind == ShapeType::Text ? TextInfo::Create(IToolsId::TEXT)
+                                    : LineInfo::Create(IToolsId::SHAPE_LINE);
+  }
   shape->GetPosition().SetX(x);
   return ShapeInfo(ShapeInfoBaseConstPtr(shape));
 }

@@ -56,12 +56,11 @@ std::string Text(const Record& record) {
 
 // ---- one traits struct per record: a filled record, its text, and a record of other values ----
 
-constexpr const char* kBlenderText =
-    R"({"key":"keyBlenderSettingsMaskType","int":2},)"
-    R"({"key":"keyBlenderSettingsMaskColor","int":305419896},)"
-    R"({"key":"keyBlenderSettingsMaskOpacity","int":7},)"
-    R"({"key":"keyBlenderSettingsMaskRangeMin","int":8},)"
-    R"({"key":"keyBlenderSettingsMaskRangeMax","int":9})";
+constexpr const char* kBlenderText = R"({"key":"keyBlenderSettingsMaskType","int":2},)"
+                                     R"({"key":"keyBlenderSettingsMaskColor","int":305419896},)"
+                                     R"({"key":"keyBlenderSettingsMaskOpacity","int":7},)"
+                                     R"({"key":"keyBlenderSettingsMaskRangeMin","int":8},)"
+                                     R"({"key":"keyBlenderSettingsMaskRangeMax","int":9})";
 
 constexpr const char* kPackageText =
     R"({"key":"keyEffectSettingsPackageName","string":"Portrait"},)"
@@ -114,7 +113,8 @@ struct CoreRecord {
                R"({"entries":[{"key":"tagEffectSettings","node":{"class":"EffectsSettings",)"
                R"("entries":[{"key":"tagEffectSettingsPackage","node":{"class":)"
                R"("EffectsSettingsPackage","entries":[)") +
-           kPackageText + R"(]}},{"key":"keyEffectsCollection","collection":[{"entries":[]}]}]}}]})";
+           kPackageText +
+           R"(]}},{"key":"keyEffectsCollection","collection":[{"entries":[]}]}]}}]})";
   }
 };
 
@@ -182,12 +182,17 @@ TEST(SettingsEqualityTest, EveryBlenderFieldCounts) {
   const Initializer base = SomeBlender();
   Initializer chained = base;
   EXPECT_EQ(&chained.SetOpacity(1).SetRangeMin(2), &chained);
-  const std::vector<Initializer> others = {
-      Initializer(base).SetOpacity(6), Initializer(base).SetRangeMin(9),
-      Initializer(base).SetRangeMax(10),
-      Initializer(Initializer::DEFAULT, base.GetColor()).SetOpacity(7).SetRangeMin(8).SetRangeMax(9),
-      Initializer(base.GetMaskType(), Proc::Color::Black()).SetOpacity(7).SetRangeMin(8).SetRangeMax(
-          9)};
+  const std::vector<Initializer> others = {Initializer(base).SetOpacity(6),
+                                           Initializer(base).SetRangeMin(9),
+                                           Initializer(base).SetRangeMax(10),
+                                           Initializer(Initializer::DEFAULT, base.GetColor())
+                                               .SetOpacity(7)
+                                               .SetRangeMin(8)
+                                               .SetRangeMax(9),
+                                           Initializer(base.GetMaskType(), Proc::Color::Black())
+                                               .SetOpacity(7)
+                                               .SetRangeMin(8)
+                                               .SetRangeMax(9)};
   EXPECT_TRUE(Initializer(base) == base);
   for (std::size_t i = 0; i < others.size(); ++i) EXPECT_TRUE(others[i] != base) << i;
 }
@@ -258,8 +263,8 @@ TEST(SettingsSharingTest, MutableEffectsAreSharedEverythingElseIsCloned) {
   for (const SettingsCore* c : {&copy, static_cast<const SettingsCore*>(&assigned)}) {
     EXPECT_EQ(*c, source);
     EXPECT_FALSE(c->GetEffectsSettings().GetHostFlag());
-    EXPECT_FALSE(Shares(c->GetEffectsSettings().EffectsConst(),
-                        source.GetEffectsSettings().EffectsConst()));
+    EXPECT_FALSE(
+        Shares(c->GetEffectsSettings().EffectsConst(), source.GetEffectsSettings().EffectsConst()));
   }
   auto& self = source;
   source = self;
@@ -317,8 +322,8 @@ TEST(SettingsRecordFieldsTest, StoredEffectsAndPaintersCannotBeReadBack) {
       EXPECT_EQ(boost::get_error_info<TagCallStack>(e), nullptr);
     }
   };
-  const MaskInfo withPainter(10, 50, 20, 60,
-                             MaskInfo::MaskInfoEx(canvaro_test::TestPainter::Make(12), SomeBlender()));
+  const MaskInfo withPainter(
+      10, 50, 20, 60, MaskInfo::MaskInfoEx(canvaro_test::TestPainter::Make(12), SomeBlender()));
   EXPECT_THAT(Text(withPainter),
               ::testing::HasSubstr(R"({"key":"Painter","node":{"class":"TestPainter",)"));
   Core::Property maskTree;
@@ -331,11 +336,13 @@ TEST(SettingsRecordFieldsTest, StoredEffectsAndPaintersCannotBeReadBack) {
   expectNotImplemented([] { ISettingsPainter::CreatePainterSettings("TestPainter"); });
 
   Core::Property effectTree;
-  SettingsCore(TestEffect::Make("Blur", 3)).Serialize(Drevin::SerializerProperty::Create(effectTree));
-  EXPECT_THAT(Core::PropertySerializer::ToString(effectTree, false),
-              ::testing::HasSubstr(R"({"key":"keyEffectItem","node":{"class":"TestEffect",)"
-                                   R"("entries":[{"key":"implName","string":"default"},)"
-                                   R"({"key":"kind","string":"Blur"},{"key":"amount","int":3}]}})"));
+  SettingsCore(TestEffect::Make("Blur", 3))
+      .Serialize(Drevin::SerializerProperty::Create(effectTree));
+  EXPECT_THAT(
+      Core::PropertySerializer::ToString(effectTree, false),
+      ::testing::HasSubstr(R"({"key":"keyEffectItem","node":{"class":"TestEffect",)"
+                           R"("entries":[{"key":"implName","string":"default"},)"
+                           R"({"key":"kind","string":"Blur"},{"key":"amount","int":3}]}})"));
   EffectsSettings settings(TestEffect::Make("Held"));
   expectNotImplemented([&] {
     settings.Deserialize(Drevin::SerializerProperty::Create(std::as_const(effectTree))
