@@ -101,6 +101,7 @@ def main():
         wanted = set(args.only.split(","))
         faults = [fault for fault in faults if fault["id"] in wanted]
     suites = [s.split("=", 1) for s in (args.suite or ["now=HEAD"])]
+    width = max([len(fault["id"]) for fault in faults] + [5])
     os.makedirs(args.build_root, exist_ok=True)
 
     results = {}
@@ -139,15 +140,15 @@ def main():
                 with open(os.path.join(tree, fault["file"]), "w", encoding="utf-8") as f:
                     f.write(original)
             results[(fault["id"], name)] = verdict
-            print(f"{name:>8}  {fault['id']:<28} {verdict}", flush=True)
+            print(f"{name:>8}  {fault['id']:<{width}} {verdict}", flush=True)
         build_and_test(build, args.timeout)  # leaves the tree built without faults
 
     names = [name for name, _ in suites]
-    print("\n" + f"{'fault':<28} " + " ".join(f"{n:>10}" for n in names) + "  what")
+    print("\n" + f"{'fault':<{width}} " + " ".join(f"{n:>10}" for n in names) + "  what")
     regressions = []
     for fault in faults:
         row = [results[(fault["id"], n)] for n in names]
-        print(f"{fault['id']:<28} " + " ".join(f"{v.split(':')[0]:>10}" for v in row) +
+        print(f"{fault['id']:<{width}} " + " ".join(f"{v.split(':')[0]:>10}" for v in row) +
               f"  {fault['what']}")
         if len(row) > 1 and "caught" in row[:-1] and row[-1] != "caught":
             regressions.append(fault["id"])
