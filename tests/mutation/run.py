@@ -7,6 +7,9 @@ change to the tests can show that every fault the old tests caught is still caug
 
     python3 tests/mutation/run.py --suite old=<commit-before> --suite new=HEAD
 
+A suite already run can be taken from that run's output (--known old=old.log with
+--suite old=<commit-before>), so that only the changed suite is built and run again.
+
 Each suite is built once in a scratch worktree under the build root (ccache speeds up the
 per-fault rebuilds when it is installed). Prints one line per fault and suite, then a table;
 exits with status 1 when the last suite misses a fault that an earlier suite caught, or when a
@@ -55,13 +58,14 @@ def prepare_suite(name, ref, build_root):
 
 
 def build_and_test(build, timeout):
-    built = run(["cmake", "--build", build], timeout=3600)
+    built = run(["cmake", "--build", build, "-j2"], timeout=3600)
     if built.returncode != 0:
         return "no-build", built.stdout[-2000:]
     # The installed-package test builds a whole consumer project; it checks packaging, not the
     # library's behaviour, so it is left out here.
-    tested = run(["ctest", "-j2", "--timeout", str(timeout), "-E", "^InstalledPackage\\."],
-                 cwd=build, timeout=3600)
+    # The first failing test decides: a fault is caught as soon as anything fails.
+    tested = run(["ctest", "-j2", "--stop-on-failure", "--timeout", str(timeout), "-E",
+                  "^InstalledPackage\\."], cwd=build, timeout=3600)
     return ("passed" if tested.returncode == 0 else "failed"), tested.stdout[-2000:]
 
 
@@ -86,6 +90,9 @@ def main():
     parser.add_argument("--build-root", default=os.path.join(tempfile.gettempdir(),
                                                              "canvaro-mutation"))
     parser.add_argument("--timeout", type=int, default=300, help="seconds per test")
+    parser.add_argument("--known", action="append", default=[],
+                        help="NAME=FILE: take suite NAME's verdicts from an earlier run's output "
+                             "instead of running it again")
     args = parser.parse_args()
 
     with open(args.faults, encoding="utf-8") as f:
@@ -94,11 +101,24 @@ def main():
         wanted = set(args.only.split(","))
         faults = [fault for fault in faults if fault["id"] in wanted]
     suites = [s.split("=", 1) for s in (args.suite or ["now=HEAD"])]
+    width = max([len(fault["id"]) for fault in faults] + [5])
     os.makedirs(args.build_root, exist_ok=True)
 
     results = {}
     broken = False
+    for name, path in (k.split("=", 1) for k in args.known):
+        with open(path, encoding="utf-8") as f:
+            for line in f:
+                words = line.split(None, 2)
+                if len(words) == 3 and words[0] == name:
+                    results[(words[1], name)] = words[2].strip()
+        missing = [fault["id"] for fault in faults if (fault["id"], name) not in results]
+        if missing:
+            sys.exit(f"{name}: {path} has no verdict for " + ", ".join(missing))
+    known = {k.split("=", 1)[0] for k in args.known}
     for name, ref in suites:
+        if name in known:
+            continue
         tree, build = prepare_suite(name, ref, args.build_root)
         state, log = build_and_test(build, args.timeout)
         if state != "passed":
@@ -120,15 +140,15 @@ def main():
                 with open(os.path.join(tree, fault["file"]), "w", encoding="utf-8") as f:
                     f.write(original)
             results[(fault["id"], name)] = verdict
-            print(f"{name:>8}  {fault['id']:<28} {verdict}", flush=True)
+            print(f"{name:>8}  {fault['id']:<{width}} {verdict}", flush=True)
         build_and_test(build, args.timeout)  # leaves the tree built without faults
 
     names = [name for name, _ in suites]
-    print("\n" + f"{'fault':<28} " + " ".join(f"{n:>10}" for n in names) + "  what")
+    print("\n" + f"{'fault':<{width}} " + " ".join(f"{n:>10}" for n in names) + "  what")
     regressions = []
     for fault in faults:
         row = [results[(fault["id"], n)] for n in names]
-        print(f"{fault['id']:<28} " + " ".join(f"{v.split(':')[0]:>10}" for v in row) +
+        print(f"{fault['id']:<{width}} " + " ".join(f"{v.split(':')[0]:>10}" for v in row) +
               f"  {fault['what']}")
         if len(row) > 1 and "caught" in row[:-1] and row[-1] != "caught":
             regressions.append(fault["id"])

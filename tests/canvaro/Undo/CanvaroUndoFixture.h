@@ -22,6 +22,7 @@
 #include "canvaro/settings/SettingsCore.h"
 #include "kelbra/Proc/IDataVideo.h"
 #include "support/LogCapture.h"
+#include "support/Pictures.h"
 #include "support/RecordingObserver.h"
 #include "support/TempDir.h"
 
@@ -69,18 +70,10 @@ inline Kelbra::Proc::IDataVideoPtr Painted(const Kelbra::Proc::IDataVideoPtr& ma
   return copy;
 }
 
-// The rows of every plane without padding: equal exactly when the pixels are.
+// The rows of every plane without padding (none for no picture): equal exactly when the pixels
+// are.
 inline std::string Pixels(const Kelbra::Proc::IDataVideoPtr& picture) {
-  std::string bytes;
-  if (picture == nullptr) return bytes;
-  const Kelbra::Proc::IDataVideo& constPicture = *picture;
-  for (unsigned p = 0; p < constPicture.GetPlanesCount(); ++p) {
-    auto plane = constPicture.GetPlane(p);
-    for (std::size_t y = 0; y < plane.GetRowCount(); ++y) {
-      bytes.append(reinterpret_cast<const char*>(plane.GetOffsetPtr(0, y)), plane.GetRowLength());
-    }
-  }
-  return bytes;
+  return picture != nullptr ? PackedBytes(*picture) : std::string();
 }
 
 // Mask settings over a rectangle, with an optional painter.

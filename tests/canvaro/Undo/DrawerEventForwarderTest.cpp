@@ -44,39 +44,4 @@ TEST(DrawerEventForwarderTest, PassesEveryKindOfEventOnToItsObservers) {
   EXPECT_EQ(first.lastUndo.sourceFunction, "");
 }
 
-TEST(DrawerEventForwarderTest, DefaultOriginIsUnsetAndAForwarderAloneSwallowsEvents) {
-  IDrawerEventHandler::DrawerEventToolIdChange none;
-  EXPECT_EQ(none.toolId, 0xFFFFFFFFu);
-  EXPECT_EQ(none.sourceLine, -1);
-  EXPECT_EQ(none.sourceFile, "");
-
-  DrawerEventForwarder alone;
-  alone.HandleFrame(IDrawerEventHandler::DrawerEventFrame(Reason::Change));  // nobody listens
-}
-
-TEST(DrawerEventForwarderTest, ChainsAndObserversRegisteredInsideAHandler) {
-  DrawerEventForwarder upstream, downstream;
-  upstream.RegisterEventHandler(&downstream);
-  RecordingObserver early, late;
-  downstream.RegisterEventHandler(&early);
-
-  // An observer that brings another one in while it handles an event.
-  struct Recruiter : RecordingObserver {
-    DrawerEventForwarder* list = nullptr;
-    RecordingObserver* recruit = nullptr;
-    void HandleChangeToSave(const DrawerEventChangeToSave& e) override {
-      RecordingObserver::HandleChangeToSave(e);
-      list->RegisterEventHandler(recruit);
-    }
-  } recruiter;
-  recruiter.list = &downstream;
-  recruiter.recruit = &late;
-  downstream.RegisterEventHandler(&recruiter);
-
-  upstream.HandleChangeToSave(IDrawerEventHandler::DrawerEventChangeToSave());
-  upstream.HandleFrame(IDrawerEventHandler::DrawerEventFrame(Reason::Change));
-  EXPECT_THAT(early.log, ElementsAre("save", "frame 3"));
-  EXPECT_THAT(late.log, ElementsAre("frame 3"));
-}
-
 }  // namespace

@@ -92,14 +92,6 @@ TEST_F(SavedFramesTest, ResetBeforeTheWorkerWroteAPublishedFileWritesItFirst) {
             canvaro_test::PackedBytes(*Picture(5)));
 }
 
-TEST_F(SavedFramesTest, TruncateBeyondTheEndDropsNothing) {
-  FrameStorage storage(dir_.path(), Names());
-  storage.AddFrame(Picture(1));
-  storage.Truncate(5);
-  EXPECT_EQ(storage.GetCount(), 1u);
-  EXPECT_NE(storage.GetFrame(0), nullptr);
-}
-
 TEST_F(SavedFramesTest, ShapePictureInAnOpenTransactionSurvivesTheNextEdit) {
   FrameStorage storage(dir_.path(), Names());
   IUndoManagerPtr manager = UndoManager::Create(storage);

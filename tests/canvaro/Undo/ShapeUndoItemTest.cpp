@@ -66,54 +66,42 @@ TEST(ShapeUndoItemTest, ANewItemHoldsAHiddenSavedBaselineAndTheShape) {
   EXPECT_EQ(item.Get(0).GetFrameIndex(), kNoIndex);
 }
 
-TEST(ShapeUndoItemTest, RemovingAShapeThatWasNeverSavedLeavesNothingUnsaved) {
-  const ShapeInfo line = Line(0);
-  ShapeUndoItem item(nullptr, line);
-  item.Push(MovedTo(line, 0.1));
-  EXPECT_FALSE(item.WasSaved());
-
-  item.Push(Hidden(item.GetCurrentShape()));
-
-  EXPECT_FALSE(item.IsVisible());
-  EXPECT_TRUE(item.IsSaved());
-  EXPECT_FALSE(item.Get(1).GetInfo()->IsSaved()) << "only the removed state is marked";
-}
-
-TEST(ShapeUndoItemTest, RemovingAShapeWithASavedStateSinceItAppearedStaysUnsaved) {
-  // [hidden-saved, A, B (saved), C] and then a hidden D: B counts, so D stays unsaved.
-  const ShapeInfo a = Line(0);
-  ShapeUndoItem item(nullptr, a);
-  item.Push(Saved(MovedTo(a, 0.2)));
-  item.Push(MovedTo(a, 0.3));
-  EXPECT_TRUE(item.WasSaved());
-
-  item.Push(Hidden(item.GetCurrentShape()));
-
-  EXPECT_TRUE(item.WasSaved());
-  EXPECT_FALSE(item.IsSaved());
-}
-
-TEST(ShapeUndoItemTest, OnlySavesSinceTheShapeLastAppearedCount) {
-  // [hidden-saved, A (saved), hidden, B]: A was saved, but before the shape was removed and
-  // shown again, so removing B leaves nothing unsaved.
-  const ShapeInfo a = Line(0);
-  ShapeUndoItem item(nullptr, Saved(a));
-  item.Push(Hidden(a));
-  EXPECT_FALSE(item.IsSaved()) << "A was saved visible: removing it is a change to save";
-  item.Push(MovedTo(a, 0.7));
-  EXPECT_FALSE(item.WasSaved());
-
-  item.Push(Hidden(item.GetCurrentShape()));
-
-  EXPECT_TRUE(item.IsSaved());
-}
-
-TEST(ShapeUndoItemTest, AStateRightAfterARemovalHasNoSavesBeforeIt) {
-  ShapeUndoItem item(nullptr, Line(0));
-  item.Push(Hidden(Line(0)));
-  item.Push(Hidden(MovedTo(Line(0), 0.1)));  // the last appearance is the newest state itself
-  EXPECT_FALSE(item.WasSaved());
-  EXPECT_TRUE(item.IsSaved());
+// Removing a shape is a change to save only when the shape was saved since it last appeared.
+// Each case starts from a line (saved or not) and pushes unsaved states: 'm' moved, 's' moved and
+// saved, 'h' moved and hidden; `saved` and `wasSaved` are IsSaved and WasSaved after each push
+// ('-': not looked at).
+TEST(ShapeUndoItemTest, RemovingAShapeIsUnsavedOnlyIfSavedSinceItLastAppeared) {
+  struct Case {
+    bool savedStart;
+    std::string pushes, saved, wasSaved;
+  };
+  const Case cases[] = {
+      {false, "mh", "-1", "0-"},     // never saved: the removal leaves nothing unsaved
+      {false, "smh", "--0", "-11"},  // saved since it appeared: the removal is a change
+      {true, "hmh", "0-1", "-0-"},   // saved before it was removed and shown again: no matter
+      {false, "hh", "-1", "-0"},  // right after a removal: the newest state is the last appearance
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.pushes);
+    const ShapeInfo a = c.savedStart ? Saved(Line(0)) : Line(0);
+    ShapeUndoItem item(nullptr, a);
+    double x = 0.1;
+    for (std::size_t i = 0; i < c.pushes.size(); ++i) {
+      const ShapeInfo moved = With(MovedTo(item.GetCurrentShape(), x += 0.1),
+                                   [](ShapeInfoBase& s) { s.SetSaved(false); });
+      const char op = c.pushes[i];
+      item.Push(op == 's' ? Saved(moved) : op == 'h' ? Hidden(moved) : moved);
+      if (c.saved[i] != '-') {
+        EXPECT_EQ(item.IsSaved(), c.saved[i] == '1') << "push " << i;
+      }
+      if (c.wasSaved[i] != '-') {
+        EXPECT_EQ(item.WasSaved(), c.wasSaved[i] == '1') << "push " << i;
+      }
+    }
+    if (c.pushes == "mh") {
+      EXPECT_FALSE(item.Get(1).GetInfo()->IsSaved()) << "only the removed state is marked";
+    }
+  }
 }
 
 TEST(ShapeUndoItemTest, SetSavedMarksTheStateInForceOnly) {
@@ -165,51 +153,13 @@ TEST(ShapeUndoItemTest, UndoReportsTheToolLeftAndRedoTheToolReached) {
   item.MultiUndo();
   item.MultiRedo();
   EXPECT_THAT(observer.log, ElementsAre("shape 1", "save", "tool 1", "shape 2", "save", "tool 1"));
-}
 
-TEST(ShapeUndoItemTest, AShapeWithoutToolReportsNone) {
-  ShapeUndoItem item(nullptr, Line(0, 0.5, IToolsId::NONE));
-  RecordingObserver observer;
-  item.RegisterEventHandler(&observer);
-  item.UndoImpl();
+  // A shape without a tool reports none.
+  ShapeUndoItem toolless(nullptr, Line(0, 0.5, IToolsId::NONE));
+  observer.log.clear();
+  toolless.RegisterEventHandler(&observer);
+  toolless.UndoImpl();
   EXPECT_THAT(observer.log, ElementsAre("shape 1", "save", "tool -1"));
-}
-
-TEST(ShapeUndoItemTest, SavesAndLoadsItsStatesWithTheirKindsAndFrames) {
-  auto text = TextInfo::Create(IToolsId::TEXT);
-  text->SetIndex(4);
-  ShapeUndoItem item(nullptr, ShapeInfo(*text));
-  item.Get(1).SetFrameIndex(7);
-  auto arrowRecord = ArrowInfo::Create(IToolsId::SHAPE_ARROW);  // an item keeps whatever kind
-  arrowRecord->SetIndex(4);
-  item.Push(Saved(ShapeInfo(*arrowRecord)));
-  item.UndoImpl();
-
-  struct Holder : Drevin::ISerializableBase {
-    explicit Holder(const ShapeUndoItem& i) : item(i) {}
-    void Serialize(const Drevin::ISerializerPtr& s) const override { s->WriteObject("Data", item); }
-    const ShapeUndoItem& item;
-  } holder(item);
-  Core::Property tree;
-  holder.Serialize(Drevin::SerializerProperty::Create(tree));
-  const Core::Property read =
-      Core::PropertySerializer::FromString(Core::PropertySerializer::ToString(tree));
-
-  ShapeUndoItem loaded(nullptr, std::string("Item_00000004"));
-  EXPECT_TRUE(loaded.IsSaved()) << "an empty item has nothing unsaved";
-  EXPECT_FALSE(loaded.IsVisible());
-  Drevin::SerializerProperty::Create(read)->ReadObject("Data", loaded);
-
-  EXPECT_EQ(loaded.GetMultiName(), "Item_00000004");
-  ASSERT_EQ(loaded.GetItemCount(), 3u);
-  EXPECT_EQ(loaded.GetCurrentIndexImpl(), 1u);
-  for (Index i = 0; i < 3; ++i) {
-    EXPECT_TRUE(loaded.Get(i).GetInfo() == item.Get(i).GetInfo()) << i;
-    EXPECT_EQ(loaded.Get(i).GetFrameIndex(), item.Get(i).GetFrameIndex()) << i;
-  }
-  EXPECT_EQ(loaded.Get(2).GetInfo().GetClassId(), "ArrowInfo");
-  EXPECT_TRUE(loaded.Get(2).GetInfo()->IsSaved());
-  EXPECT_EQ(loaded.GetLastActiveFrameIndex(), 7u);
 }
 
 }  // namespace

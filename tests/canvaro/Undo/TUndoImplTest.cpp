@@ -36,18 +36,6 @@ struct Stroke {
 
 using History = TUndoImpl<Note, Stroke>;
 
-// A history that keeps each item's mask as an entry of the item's node.
-class MaskedHistory : public TUndoImplBottom<Note, Stroke> {
- public:
-  MaskedHistory() : TUndoImpl<Note, Stroke>(nullptr), TUndoImplBottom(nullptr) {}
-  void SerializeMask(const UndoItem& item, const Drevin::ISerializerPtr& s) const override {
-    if (item.GetMask()) s->WriteInt("Stroke", item.GetMask()->id);
-  }
-  void DeserializeMask(UndoItem& item, const Drevin::ISerializerConstPtr& s) override {
-    if (s->Has("Stroke")) item.SetMask(std::make_shared<Stroke>(Stroke{s->ReadInt("Stroke", 0)}));
-  }
-};
-
 std::vector<std::string> Texts(const History& history) {
   std::vector<std::string> texts;
   for (Index i = 0; i < history.GetItemCount(); ++i) texts.push_back(history.Get(i).GetInfo().text);
@@ -95,19 +83,6 @@ TEST(TUndoImplTest, PushUndoRedoAndTheRedoTail) {
   EXPECT_FALSE(history.IsRedoEnabledImpl());
 }
 
-TEST(TUndoImplTest, ItemsShareTheirMasks) {
-  History history(nullptr);
-  auto stroke = std::make_shared<Stroke>(Stroke{1});
-  history.Push(Note("a"));
-  history.Get(0).SetMask(stroke);
-  history.Push(Note("b"));
-  history.Get(1).SetMask(stroke);
-  EXPECT_EQ(stroke.use_count(), 3);
-  history.UndoImpl();
-  history.TruncateImpl();
-  EXPECT_EQ(stroke.use_count(), 2);
-}
-
 TEST(TUndoImplTest, LastActiveFrameLooksUpToTheCursorOnly) {
   History history(nullptr);
   EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
@@ -126,38 +101,6 @@ TEST(TUndoImplTest, LastActiveFrameLooksUpToTheCursorOnly) {
   history.UndoImpl();
   history.Get(0).SetFrameIndex(kNoIndex);
   EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
-}
-
-TEST(TUndoImplTest, SavesIndexAndItemsAndReadsThemBack) {
-  MaskedHistory history;
-  history.Push(Note("base"));
-  history.Get(0).SetFrameIndex(0);
-  history.Push(Note("second"));
-  history.Get(1).SetMask(std::make_shared<Stroke>(Stroke{42}));
-  history.UndoImpl();
-
-  Core::Property tree;
-  history.Serialize(Drevin::SerializerProperty::Create(tree));
-  EXPECT_EQ(tree.GetInt("Index"), 0);
-  const auto& items = tree.GetCollection("Items");
-  ASSERT_EQ(items.size(), 2u);
-  EXPECT_EQ(items[0].GetChild("Info").GetClassId(), "Note");
-  EXPECT_EQ(items[0].GetChild("Info").GetString("Text"), "base");
-  EXPECT_EQ(items[0].GetInt("FrameIndex"), 0);
-  EXPECT_EQ(items[1].GetInt("FrameIndex"), -1);
-  EXPECT_FALSE(items[0].Has("Stroke"));
-  EXPECT_EQ(items[1].GetInt("Stroke"), 42);
-
-  MaskedHistory read;
-  read.Push(Note("old"));
-  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
-  EXPECT_EQ(read.GetItemCount(), 2u);
-  EXPECT_EQ(read.GetCurrentIndexImpl(), 0u);
-  EXPECT_EQ(read.Get(0).GetInfo().text, "base");
-  EXPECT_EQ(read.Get(0).GetFrameIndex(), 0u);
-  EXPECT_EQ(read.Get(1).GetFrameIndex(), kNoIndex);
-  ASSERT_TRUE(read.Get(1).GetMask());
-  EXPECT_EQ(read.Get(1).GetMask()->id, 42);
 }
 
 TEST(TUndoImplTest, IncompleteOrBadSavesLeaveTheHistoryAlone) {
@@ -192,34 +135,6 @@ TEST(TUndoImplTest, IncompleteOrBadSavesLeaveTheHistoryAlone) {
   history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(empty)));
   EXPECT_EQ(history.GetItemCount(), 0u);
   EXPECT_EQ(history.GetCurrentIndexImpl(), kNoIndex);
-}
-
-TEST(TUndoImplTest, ShapeHistoriesRoundTripThroughTheKindRegistry) {
-  TUndoImpl<ShapeInfo, void*> history(nullptr);
-  auto shape = canvaro_test::TestShape::Create(IToolsId::SHAPE_FRAME);
-  shape->SetIndex(2);
-  history.Push(ShapeInfo(*shape));
-  shape->SetVisible(false);
-  history.Push(ShapeInfo(*shape));
-
-  Core::Property tree;
-  history.Serialize(Drevin::SerializerProperty::Create(tree));
-  EXPECT_EQ(tree.GetCollection("Items")[0].GetChild("Info").GetClassId(), "TestShape");
-
-  TUndoImpl<ShapeInfo, void*> read(nullptr);
-  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
-  ASSERT_EQ(read.GetItemCount(), 2u);
-  EXPECT_TRUE(read.Get(0).GetInfo() == history.Get(0).GetInfo());
-  EXPECT_TRUE(read.Get(0).GetInfo()->IsVisible());
-  EXPECT_FALSE(read.Get(1).GetInfo()->IsVisible());
-  EXPECT_EQ(read.Get(1).GetInfo()->GetIndex(), 2);
-}
-
-TEST(TUndoImplTest, FrameSizeIsThePicturesBufferSize) {
-  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, Conf::FrameInfo{16, 8, 1, 1});
-  EXPECT_EQ(History::GetFrameSize(picture), picture->GetBufferSize());
-  EXPECT_GE(History::GetFrameSize(picture), 16u * 8u * 4u);
-  EXPECT_EQ(History::GetFrameSize(nullptr), 0u);
 }
 
 }  // namespace

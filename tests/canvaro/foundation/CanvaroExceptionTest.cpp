@@ -14,13 +14,6 @@ namespace {
 using namespace Kelbra::Canvaro;
 using ::testing::HasSubstr;
 
-TEST(CanvaroExceptionTest, DefaultConstructedCarriesNothing) {
-  const CanvaroException e;
-  EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
-  EXPECT_EQ(boost::get_error_info<Kelbra::TagCallStack>(e), nullptr);
-  EXPECT_EQ(boost::get_error_info<Kelbra::TagDescription>(e), nullptr);
-}
-
 TEST(CanvaroExceptionTest, CodedFailureCarriesCodeStackAndThrowSite) {
   try {
     ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);

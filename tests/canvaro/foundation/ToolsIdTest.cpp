@@ -30,27 +30,22 @@ TEST(ToolsIdTest, NameTableLooksUpExactNamesOnly) {
   EXPECT_THROW(IToolsId::GetToolName(static_cast<IToolsId::Value>(42)), CanvaroException);
 }
 
-TEST(ToolsIdTest, StoresTheToolByName) {
+// The tool is stored by name; a missing or unknown name reads as no tool.
+TEST(ToolsIdTest, StoresTheToolByNameAndReadsUnknownNamesAsNone) {
   Core::Property tree;
   ToolsId(IToolsId::SHAPE_FRAME).Serialize(Drevin::SerializerProperty::Create(tree));
   EXPECT_EQ(tree.GetString("ToolName"), "SHAPE_FRAME");
-
-  ToolsId read(IToolsId::TEXT);
-  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
-  EXPECT_EQ(read.GetCurrentToolID(), 4);
-}
-
-TEST(ToolsIdTest, MissingOrUnknownNameReadsAsNone) {
-  ToolsId tool(IToolsId::SHAPE_ARROW);
-  const Core::Property empty;
-  tool.Deserialize(Drevin::SerializerProperty::Create(empty));
-  EXPECT_EQ(tool.GetCurrentToolID(), IToolsId::NONE);
-
   Core::Property misspelt;
   misspelt.SetString("ToolName", "SHAPE_ARROWS");
-  tool.SetCurrentTool(IToolsId::SHAPE_ARROW);
-  tool.Deserialize(Drevin::SerializerProperty::Create(std::as_const(misspelt)));
-  EXPECT_EQ(tool.GetCurrentToolID(), IToolsId::NONE);
+  const Core::Property empty;
+  using Case = std::pair<const Core::Property*, IToolsId::Value>;
+  for (const auto& [node, expected] :
+       {Case{&tree, IToolsId::SHAPE_FRAME}, Case{&misspelt, IToolsId::NONE},
+        Case{&empty, IToolsId::NONE}}) {
+    ToolsId read(IToolsId::TEXT);
+    read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(*node)));
+    EXPECT_EQ(read.GetCurrentToolID(), expected);
+  }
 }
 
 // An owner that watches tool changes sees changes by value too.

@@ -107,7 +107,20 @@ INSTANTIATE_TEST_SUITE_P(
                Outcome::InvalidDocument},
         Damage{"ShapeOfAnUnknownKind",
                [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetClassId("Hexagon"); },
-               Outcome::InvalidDocument}),
+               Outcome::InvalidDocument},
+        Damage{"ShapeStateWithoutKind",
+               [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetClassId(""); },
+               Outcome::InvalidDocument},
+        Damage{"ShapeWithoutStates",
+               [](Property& doc) {
+                 Property& data = Child(At(Child(doc, "Shape"), "Items", 0), "Data");
+                 data.SetInt("Index", -1);
+                 data.AddCollection("Items");
+               },
+               Outcome::InvalidDocument},
+        Damage{"ShapeWithoutData",
+               [](Property& doc) { At(Child(doc, "Shape"), "Items", 0).Remove("Data"); },
+               Outcome::PropertyError}),
     [](const auto& info) { return std::string(info.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(

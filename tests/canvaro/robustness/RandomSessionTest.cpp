@@ -147,19 +147,12 @@ SettingsCore Settings(const std::string& package) {
 
 ShapeInfo NewShape(ShapeType kind, double x) {
   ShapeInfoBasePtr shape;
-  switch (kind) {
-    case ShapeType::Rectangle:
-      shape = RectangleInfo::Create(IToolsId::SHAPE_FRAME);
-      break;
-    case ShapeType::Ellipse:
-      shape = EllipseInfo::Create(IToolsId::SHAPE_FRAME);
-      break;
-    case ShapeType::Text:
-      shape = TextInfo::Create(IToolsId::TEXT);
-      break;
-    default:
-      shape = LineInfo::Create(IToolsId::SHAPE_LINE);
-      break;
+  if (kind == ShapeType::Rectangle || kind == ShapeType::Ellipse) {
+    shape = kind == ShapeType::Rectangle ? RectangleInfo::Create(IToolsId::SHAPE_FRAME)
+                                         : EllipseInfo::Create(IToolsId::SHAPE_FRAME);
+  } else {
+    shape = kind == ShapeType::Text ? TextInfo::Create(IToolsId::TEXT)
+                                    : LineInfo::Create(IToolsId::SHAPE_LINE);
   }
   shape->GetPosition().SetX(x);
   return ShapeInfo(ShapeInfoBaseConstPtr(shape));

@@ -36,62 +36,7 @@ TEST(IRenderingTypeTest, CropScalesEachSizeByItsOwnSide) {
   EXPECT_DOUBLE_EQ(a, 0.5) << "an empty crop changes nothing";
 }
 
-TEST(IRenderingTypeTest, UniformResizeKeepsFractionsAndAngleAndScalesTheStroke) {
-  PositionType position;
-  position.SetAngle(-37);
-  double w = 0.3;
-  double h = 0.2;
-  unsigned thickness = 5;
-  IRenderingType::ResizeImpl({400, 300, 1, 1}, {1200, 900, 1, 1}, w, h, position, thickness);
-  EXPECT_NEAR(w, 0.3, 1e-12);
-  EXPECT_NEAR(h, 0.2, 1e-12);
-  EXPECT_NEAR(position.GetAngle(), -37, 1e-9);
-  EXPECT_EQ(thickness, 15u);
-}
-
-TEST(IRenderingTypeTest, AnUnturnedBoxStretchesAlongTheAxes) {
-  PositionType position;
-  double w = 0.5;  // 200 of 400 pixels
-  double h = 0.5;  // 150 of 300 pixels
-  unsigned thickness = 4;
-  // Twice as wide, as high as before: the box keeps its fractions; the wider box keeps its
-  // width, and the stroke across it (vertical) keeps its size.
-  IRenderingType::ResizeImpl({400, 300, 1, 1}, {800, 300, 1, 1}, w, h, position, thickness);
-  EXPECT_DOUBLE_EQ(w, 0.5);
-  EXPECT_DOUBLE_EQ(h, 0.5);
-  EXPECT_EQ(position.GetAngle(), 0);
-  EXPECT_EQ(thickness, 4u);
-
-  // A tall box in a picture made three times taller: the stroke across its height
-  // (horizontal) keeps its size too.
-  double tw = 0.1;
-  double th = 0.9;
-  IRenderingType::ResizeImpl({400, 300, 1, 1}, {400, 900, 1, 1}, tw, th, position, thickness);
-  EXPECT_DOUBLE_EQ(tw, 0.1);
-  EXPECT_DOUBLE_EQ(th, 0.9);
-  EXPECT_EQ(thickness, 4u);
-}
-
-TEST(IRenderingTypeTest, ABoxAtFortyFiveDegreesBecomesASquareAlongTheDiagonal) {
-  // A 100 x 100 pixel square at 45 degrees in a picture stretched 3:1 horizontally: its side
-  // vectors (70.7, 70.7) and (-70.7, 70.7) become (212.1, 70.7) and (-212.1, 70.7), both
-  // 223.6 long; the area triples to 30000, so the other side is 30000 / 223.6 = 134.2, and the
-  // kept side points at atan(70.7 / 212.1) = 18.43 degrees.
-  PositionType position;
-  position.SetAngle(45);
-  double w = 0.25;     // 100 of 400
-  double h = 1.0 / 3;  // 100 of 300
-  unsigned thickness = 10;
-  IRenderingType::ResizeImpl({400, 300, 1, 1}, {1200, 300, 1, 1}, w, h, position, thickness);
-  const double kept =
-      std::sqrt(212.13203435596427 * 212.13203435596427 + 70.710678118654755 * 70.710678118654755);
-  EXPECT_NEAR(w * 1200, kept, 1e-9);
-  EXPECT_NEAR(h * 300, 30000 / kept, 1e-9);
-  EXPECT_NEAR(position.GetAngle(), 18.434948822922010, 1e-9);
-  // Across the kept side: (-sin 18.43 * 3, cos 18.43) has length 1.342.
-  EXPECT_EQ(thickness, 13u);
-}
-
+// How a turned box and its stroke scale is checked over every kind in ShapeInfoTTest.
 TEST(IRenderingTypeTest, TheStrokeNeverGetsThinnerThanOnePixel) {
   PositionType position;
   double w = 0.5;

@@ -356,6 +356,9 @@ TYPED_TEST(ShapeKindTest, EqualityComparesTheKindsParametersAndNeverCastsAcrossK
   TypeParam::Customize(a->GetRendering());
   EXPECT_FALSE(*a == *b);
   EXPECT_TRUE(*a != *b);
+  auto faint = Make<TypeParam>();
+  faint->GetRendering().SetOpacity(254);
+  EXPECT_FALSE(*faint == *Make<TypeParam>()) << "opacity counts";
 
   const std::vector<ShapeInfoBasePtr> all = {
       ArrowInfo::Create(IToolsId::NONE),     EllipseInfo::Create(IToolsId::NONE),
@@ -408,6 +411,7 @@ TYPED_TEST(ShapeKindTest, RemoveHidesUnsavesAndClearsTheToolOnlyWhenAsked) {
   shape->Remove(true);
   EXPECT_FALSE(shape->IsVisible());
   EXPECT_EQ(shape->GetCurrentToolID(), IToolsId::NONE);
+  EXPECT_EQ(shape->GetTool(), IToolsId::SHAPE_FRAME);  // the record's own tool stays
 }
 
 TYPED_TEST(ShapeKindTest, QuarterTurnsKeepSizesInPixels) {

@@ -177,13 +177,4 @@ TEST(DataStringTest, StringStreamsAppendAndReadExactly) {
   EXPECT_THROW(in->Read(two, 2), FileException);
 }
 
-TEST(PathTest, PrintsPlainlyAndJoins) {
-  std::ostringstream text;
-  text << ioPath("/tmp/swap") / "frame 1.raw";
-  EXPECT_EQ(text.str(), "/tmp/swap/frame 1.raw");
-  EXPECT_EQ(ioPath("a/b/c.raw").filename(), ioPath("c.raw"));
-  EXPECT_TRUE(ioPath("a/b").has_parent_path());
-  EXPECT_FALSE(ioPath("b").has_parent_path());
-}
-
 }  // namespace

@@ -29,76 +29,13 @@ class Point : public virtual Drevin::ISerializable {
   }
 };
 
-class Shape : public virtual Drevin::ISerializable {
+// Records round trip through this adapter in every record's own tests (the settings and shape
+// suites, the documents); here: what the adapter adds on its own.
+class Unnamed : public virtual Drevin::ISerializable {
  public:
-  std::string name = "none";
-  bool visible = true;
-  std::int64_t pixels = 0;
-  Point anchor;
-  std::vector<Point> corners;
-
-  void Serialize(const ISerializerPtr& s) const override {
-    s->WriteString("Name", name);
-    s->WriteBool("Visible", visible);
-    s->WriteInt64("Pixels", pixels);
-    s->WriteObject("Anchor", anchor);
-    auto list = s->CreateCollection("Corners");
-    for (const Point& p : corners) list->WriteObject("Corner", p);
-  }
-  void Deserialize(const ISerializerConstPtr& s) override {
-    name = s->ReadString("Name", name);
-    visible = s->ReadBool("Visible", visible);
-    pixels = s->ReadInt64("Pixels", pixels);
-    if (s->Has("Anchor")) s->ReadObject("Anchor", anchor);
-    corners.clear();
-    if (auto list = s->GetCollection("Corners")) {
-      for (std::size_t i = 0; i < list->GetCount(); ++i) {
-        auto item = list->GetItem(i);
-        EXPECT_EQ(item->GetChild("Corner")->GetClassId(), "Point");
-        Point p;
-        item->ReadObject("Corner", p);
-        corners.push_back(p);
-      }
-    }
-  }
+  void Serialize(const ISerializerPtr& s) const override { s->WriteInt("N", 1); }
+  void Deserialize(const ISerializerConstPtr&) override {}
 };
-
-TEST(SerializerPropertyTest, RecordRoundTripsThroughTreeAndText) {
-  Shape shape;
-  shape.name = "arrow";
-  shape.visible = false;
-  shape.pixels = std::int64_t{1} << 40;
-  shape.anchor.x = -3;
-  shape.corners = {Point(), Point()};
-  shape.corners[1].y = 0.25;
-
-  Core::Property tree;
-  shape.Serialize(Drevin::SerializerProperty::Create(tree));
-  const Core::Property loaded =
-      Core::PropertySerializer::FromString(Core::PropertySerializer::ToString(tree));
-  EXPECT_EQ(loaded.GetChild("Anchor").GetClassId(), "Point");
-
-  Shape copy;
-  copy.Deserialize(Drevin::SerializerProperty::Create(loaded));
-  EXPECT_EQ(copy.name, "arrow");
-  EXPECT_FALSE(copy.visible);
-  EXPECT_EQ(copy.pixels, std::int64_t{1} << 40);
-  EXPECT_EQ(copy.anchor.x, -3);
-  ASSERT_EQ(copy.corners.size(), 2u);
-  EXPECT_EQ(copy.corners[1].y, 0.25);
-}
-
-TEST(SerializerPropertyTest, AbsentKeysKeepTheCurrentValues) {
-  Shape shape;
-  shape.name = "kept";
-  shape.anchor.y = 0.75;
-  shape.corners = {Point()};
-  const Core::Property empty;
-  shape.Deserialize(Drevin::SerializerProperty::Create(empty));
-  EXPECT_EQ(shape.name, "kept");
-  EXPECT_EQ(shape.anchor.y, 0.75);
-  EXPECT_TRUE(shape.corners.empty());  // an absent list reads as empty
-}
 
 TEST(SerializerPropertyTest, WrongTypeThrowsWrongTypeIsRequested) {
   Core::Property tree;
@@ -134,11 +71,13 @@ TEST(SerializerPropertyTest, MissingChildAndItemAreReportedByName) {
 }
 
 TEST(SerializerPropertyTest, DefaultClassIdIsTheUnqualifiedClassName) {
-  Shape shape;
-  EXPECT_EQ(static_cast<const Drevin::ISerializableBase&>(shape).GetClassId(), "Shape");
+  Unnamed record;
+  EXPECT_EQ(static_cast<const Drevin::ISerializableBase&>(record).GetClassId(), "Unnamed");
   Core::Property tree;
-  Drevin::SerializerProperty::Create(tree)->WriteObject("S", shape);
-  EXPECT_EQ(tree.GetChild("S").GetClassId(), "Shape");
+  Drevin::SerializerProperty::Create(tree)->WriteObject("S", record);
+  Drevin::SerializerProperty::Create(tree)->WriteObject("P", Point());
+  EXPECT_EQ(tree.GetChild("S").GetClassId(), "Unnamed");
+  EXPECT_EQ(tree.GetChild("P").GetClassId(), "Point");
 }
 
 }  // namespace

@@ -1,0 +1,354 @@
+// The contract every settings record keeps, checked over each of them: its exact text form (keys,
+// order, values), a round trip through that text into a record holding other values, and that
+// a node without keys leaves a record as it was. Then what is particular to each: defaults,
+// what equality looks at, how copies share effects, and the 8-bit fields of older writers.
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/settings/Blender.h"
+#include "canvaro/settings/MaskInfo.h"
+#include "canvaro/settings/SettingsCore.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/TestEffect.h"
+#include "support/TestPainter.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using Blender::IBlender;
+using canvaro_test::TestEffect;
+using Initializer = IBlender::Initializer;
+
+Initializer SomeBlender() {
+  return Initializer(static_cast<Initializer::MaskType>(2), Proc::Color(0x12, 0x34, 0x56, 0x78))
+      .SetOpacity(7)
+      .SetRangeMin(8)
+      .SetRangeMax(9);
+}
+
+EffectsSettingsPackage FilledPackage() {
+  EffectsSettingsPackage package;
+  package.SetName("Portrait");
+  package.SetPackageIndex(3);
+  package.SetPresetName("Soft");
+  package.SetDrawingTool("brush");
+  package.SetEffectIndex(1);
+  package.SetBlendSource(2);
+  package.SetCurrentTool(IToolsId::SHAPE_MARKER);
+  return package;
+}
+
+template <class Record>
+std::string Text(const Record& record) {
+  Core::Property tree;
+  record.Serialize(Drevin::SerializerProperty::Create(tree));
+  return Core::PropertySerializer::ToString(tree, false);
+}
+
+// ---- one traits struct per record: a filled record, its text, and a record of other values ----
+
+constexpr const char* kBlenderText = R"({"key":"keyBlenderSettingsMaskType","int":2},)"
+                                     R"({"key":"keyBlenderSettingsMaskColor","int":305419896},)"
+                                     R"({"key":"keyBlenderSettingsMaskOpacity","int":7},)"
+                                     R"({"key":"keyBlenderSettingsMaskRangeMin","int":8},)"
+                                     R"({"key":"keyBlenderSettingsMaskRangeMax","int":9})";
+
+constexpr const char* kPackageText =
+    R"({"key":"keyEffectSettingsPackageName","string":"Portrait"},)"
+    R"({"key":"keyEffectSettingsPackageIndex","int":3},)"
+    R"({"key":"keyEffectSettingsPackagePresetName","string":"Soft"},)"
+    R"({"key":"keyEffectSettingsPackageDrawingTool","string":"brush"},)"
+    R"({"key":"keyEffectSettingsEffectIndex","int":1},)"
+    R"({"key":"keyEffectSettingsBlendSource","int":2},)"
+    R"({"key":"ToolName","string":"SHAPE_MARKER"})";
+
+struct BlenderRecord {
+  using Record = Initializer;
+  static Record Filled() { return SomeBlender(); }
+  static Record Other() { return Initializer(Initializer::DEFAULT, Proc::Color::Black()); }
+  static std::string Expected() { return std::string(R"({"entries":[)") + kBlenderText + "]}"; }
+};
+
+struct MaskRecord {
+  using Record = MaskInfo;
+  static Record Filled() { return MaskInfo(10, 50, 20, 60, MaskInfo::MaskInfoEx(SomeBlender())); }
+  static Record Other() { return MaskInfo(); }
+  static std::string Expected() {
+    return std::string(R"({"entries":[{"key":"Left","int":10},{"key":"Right","int":50},)"
+                       R"({"key":"Top","int":20},{"key":"Bottom","int":60},)"
+                       R"({"key":"InfoEx","node":{"class":"MaskInfoEx","entries":[)"
+                       R"({"key":"Blender","node":{"class":"Initializer","entries":[)") +
+           kBlenderText + "]}}]}}]}";
+  }
+};
+
+struct PackageRecord {
+  using Record = EffectsSettingsPackage;
+  static constexpr bool kAbsentToolIsNone = true;
+  static Record Filled() { return FilledPackage(); }
+  static Record Other() { return EffectsSettingsPackage(); }
+  static std::string Expected() { return std::string(R"({"entries":[)") + kPackageText + "]}"; }
+};
+
+// A step's settings: the package, then the effect list, whose empty places are kept.
+struct CoreRecord {
+  using Record = SettingsCore;
+  static Record Filled() {
+    SettingsCore core{IEffectSettings::Ptr()};  // one place without an effect
+    core.GetEffectsSettings().GetPackage() = FilledPackage();
+    return core;
+  }
+  static Record Other() { return SettingsCore(IEffectSettings::Ptr(TestEffect::Make("Held"))); }
+  static std::string Expected() {
+    return std::string(
+               R"({"entries":[{"key":"tagEffectSettings","node":{"class":"EffectsSettings",)"
+               R"("entries":[{"key":"tagEffectSettingsPackage","node":{"class":)"
+               R"("EffectsSettingsPackage","entries":[)") +
+           kPackageText +
+           R"(]}},{"key":"keyEffectsCollection","collection":[{"entries":[]}]}]}}]})";
+  }
+};
+
+template <class T>
+class SettingsRecordTest : public ::testing::Test {};
+using Records = ::testing::Types<BlenderRecord, MaskRecord, PackageRecord, CoreRecord>;
+TYPED_TEST_SUITE(SettingsRecordTest, Records);
+
+TYPED_TEST(SettingsRecordTest, WritesItsKeysInOrderWithTheirValues) {
+  EXPECT_EQ(Text(TypeParam::Filled()), TypeParam::Expected());
+}
+
+TYPED_TEST(SettingsRecordTest, ReadsItsTextBackIntoARecordOfOtherValues) {
+  auto read = TypeParam::Other();
+  ASSERT_NE(Text(read), TypeParam::Expected());
+  const Core::Property tree = Core::PropertySerializer::FromString(TypeParam::Expected());
+  read.Deserialize(Drevin::SerializerProperty::Create(tree));
+  EXPECT_EQ(Text(read), TypeParam::Expected());
+  if constexpr (requires { read == read; }) {
+    EXPECT_TRUE(read == TypeParam::Filled());
+  }
+}
+
+TYPED_TEST(SettingsRecordTest, ANodeWithoutKeysLeavesTheRecordAsItWas) {
+  auto read = TypeParam::Filled();
+  read.Deserialize(Drevin::SerializerProperty::Create(Core::Property()));
+  std::string expected = TypeParam::Expected();
+  // The one exception: a package without a tool name has no tool.
+  if constexpr (requires { TypeParam::kAbsentToolIsNone; }) {
+    const std::string tool = R"("ToolName","string":"SHAPE_MARKER")";
+    expected.replace(expected.find(tool), tool.size(), R"("ToolName","string":"NONE")");
+  }
+  EXPECT_EQ(Text(read), expected);
+}
+
+// ---- defaults and equality ----
+
+TEST(SettingsDefaultsTest, NewRecordsHoldTheDocumentedDefaults) {
+  const Initializer blender(static_cast<Initializer::MaskType>(2), Proc::Color::Black());
+  EXPECT_EQ(blender.GetOpacity(), 255);
+  EXPECT_EQ(blender.GetRangeMin(), 0);
+  EXPECT_EQ(blender.GetRangeMax(), 255);
+
+  const MaskInfo mask;
+  EXPECT_EQ(mask.GetLeft() | mask.GetRight() | mask.GetTop() | mask.GetBottom(), 0);
+  EXPECT_EQ(mask.GetInfoEx().GetPainter(), nullptr);
+  EXPECT_EQ(mask.GetInfoEx().GetBlender(), Initializer(Initializer::DEFAULT, Proc::Color::Black()));
+
+  const EffectsSettingsPackage package;
+  EXPECT_EQ(package.GetName(), "");
+  EXPECT_EQ(package.GetPackageIndex(), -1);
+  EXPECT_EQ(package.GetEffectIndex(), -1);
+  EXPECT_EQ(package.GetBlendSource(), 0);
+  EXPECT_EQ(package.GetCurrentToolID(), IToolsId::NONE);
+
+  const EffectsSettings settings(TestEffect::Make("Blur"));
+  EXPECT_TRUE(settings.GetHostFlag());
+  EXPECT_TRUE(EffectsSettings(nullptr).EffectsConst().empty());
+  EXPECT_EQ(TestEffect::Make("Blur")->GetImplName(), "default");
+  EXPECT_FALSE(TestEffect::Make("Blur")->IsAdditive());
+  EXPECT_EQ(SettingsCore::UNDO_FRAME_INFO, "tagUndoFrameInfo");
+}
+
+TEST(SettingsEqualityTest, EveryBlenderFieldCounts) {
+  const Initializer base = SomeBlender();
+  Initializer chained = base;
+  EXPECT_EQ(&chained.SetOpacity(1).SetRangeMin(2), &chained);
+  const std::vector<Initializer> others = {Initializer(base).SetOpacity(6),
+                                           Initializer(base).SetRangeMin(9),
+                                           Initializer(base).SetRangeMax(10),
+                                           Initializer(Initializer::DEFAULT, base.GetColor())
+                                               .SetOpacity(7)
+                                               .SetRangeMin(8)
+                                               .SetRangeMax(9),
+                                           Initializer(base.GetMaskType(), Proc::Color::Black())
+                                               .SetOpacity(7)
+                                               .SetRangeMin(8)
+                                               .SetRangeMax(9)};
+  EXPECT_TRUE(Initializer(base) == base);
+  for (std::size_t i = 0; i < others.size(); ++i) EXPECT_TRUE(others[i] != base) << i;
+}
+
+// Step settings are equal when package name, preset, package index and effects (in order) are;
+// the drawing tool, effect index, blend source, tool and host flag do not count.
+TEST(SettingsEqualityTest, StepSettingsCompareNamesIndexAndEffectsInOrder) {
+  EffectsSettings base(TestEffect::Make("Blur", 1));
+  base.GetPackage() = FilledPackage();
+  using Change = std::function<void(EffectsSettings&)>;
+  const std::vector<Change> ignored = {
+      [](EffectsSettings& s) { s.GetPackage().SetDrawingTool("pencil"); },
+      [](EffectsSettings& s) { s.GetPackage().SetEffectIndex(7); },
+      [](EffectsSettings& s) { s.GetPackage().SetBlendSource(5); },
+      [](EffectsSettings& s) { s.GetPackage().SetCurrentTool(IToolsId::TEXT); },
+      [](EffectsSettings& s) { s.SetHostFlag(false); }};
+  const std::vector<Change> counted = {
+      [](EffectsSettings& s) { s.GetPackage().SetName("Landscape"); },
+      [](EffectsSettings& s) { s.GetPackage().SetPresetName("Hard"); },
+      [](EffectsSettings& s) { s.GetPackage().SetPackageIndex(4); },
+      [](EffectsSettings& s) { s.SetEffectsConst({TestEffect::Make("Blur", 2)}); },
+      [](EffectsSettings& s) { s.SetEffectsConst({}); },
+      [](EffectsSettings& s) {
+        s.SetEffectsConst({TestEffect::Make("Blur", 1), TestEffect::Make("A")});
+      }};
+  for (std::size_t i = 0; i < ignored.size(); ++i) {
+    EffectsSettings other(base);
+    ignored[i](other);
+    EXPECT_TRUE(other == base) << "ignored " << i;
+  }
+  for (std::size_t i = 0; i < counted.size(); ++i) {
+    EffectsSettings other(base);
+    counted[i](other);
+    EXPECT_TRUE(other != base) << "counted " << i;
+  }
+  EffectsSettings ab(nullptr), ba(nullptr);
+  ab.SetEffectsConst({TestEffect::Make("A"), TestEffect::Make("B")});
+  ba.SetEffectsConst({TestEffect::Make("B"), TestEffect::Make("A")});
+  EXPECT_NE(ab, ba);
+}
+
+// ---- sharing, the fields of older writers, and what cannot be read ----
+
+bool Shares(const IEffectSettings::ConstList& a, const IEffectSettings::ConstList& b) {
+  for (const auto& x : a) {
+    if (std::find(b.begin(), b.end(), x) != b.end()) return true;
+  }
+  return false;
+}
+
+TEST(SettingsSharingTest, MutableEffectsAreSharedEverythingElseIsCloned) {
+  const auto effect = TestEffect::Make("Blur", 1);
+  const SettingsCore shared(effect);
+  EXPECT_EQ(shared.GetEffectsSettings().EffectsConst().at(0), effect);
+  const SettingsCore owned{IEffectSettings::ConstPtr(effect)};
+  EXPECT_NE(owned.GetEffectsSettings().EffectsConst().at(0), effect);
+  const boost::intrusive_ptr<const TestEffect> constEffect = effect;
+  EXPECT_NE(SettingsCore(constEffect).GetEffectsSettings().EffectsConst().at(0), effect);
+  EXPECT_NE(EffectsSettings(effect).EffectsConst().at(0), effect);
+
+  // Copies and assignments clone the effects and keep the host flag; self-assignment keeps them.
+  SettingsCore source(effect);
+  source.GetEffectsSettings().GetPackage().SetName("Portrait");
+  source.GetEffectsSettings().SetHostFlag(false);
+  const SettingsCore copy(source);
+  SettingsCore assigned{IEffectSettings::ConstPtr(TestEffect::Make("Other"))};
+  assigned = source;
+  for (const SettingsCore* c : {&copy, static_cast<const SettingsCore*>(&assigned)}) {
+    EXPECT_EQ(*c, source);
+    EXPECT_FALSE(c->GetEffectsSettings().GetHostFlag());
+    EXPECT_FALSE(
+        Shares(c->GetEffectsSettings().EffectsConst(), source.GetEffectsSettings().EffectsConst()));
+  }
+  auto& self = source;
+  source = self;
+  EXPECT_EQ(source.GetEffectsSettings().EffectsConst().at(0), effect);
+
+  // Setting a list clones it, also when it is the record's own.
+  EffectsSettings settings(nullptr);
+  const IEffectSettings::ConstList given = {TestEffect::Make("A", 1), TestEffect::Make("B", 2)};
+  settings.SetEffectsConst(given);
+  const IEffectSettings::ConstList held = settings.EffectsConst();
+  EXPECT_TRUE(IEffectSettings::Equal(held, given));
+  EXPECT_FALSE(Shares(held, given));
+  settings.SetEffectsConst(held);
+  EXPECT_TRUE(IEffectSettings::Equal(settings.EffectsConst(), given));
+  EXPECT_FALSE(Shares(settings.EffectsConst(), held));
+
+  // A mask record shares its painter.
+  const auto painter = canvaro_test::TestPainter::Make(12);
+  const MaskInfo mask(1, 2, 3, 4, MaskInfo::MaskInfoEx(painter, SomeBlender()));
+  EXPECT_EQ(mask.GetInfoEx().GetPainter(), painter);
+  EXPECT_EQ(painter->GetRefCount(), 2);
+}
+
+TEST(SettingsRecordFieldsTest, ColoursAndEightBitFieldsOfAnyStoredIntegerReadBack) {
+  // A colour with the high bit set is a negative entry.
+  Core::Property tree;
+  const Initializer white(static_cast<Initializer::MaskType>(2), Proc::Color(255, 255, 255, 255));
+  white.Serialize(Drevin::SerializerProperty::Create(tree));
+  EXPECT_EQ(tree.GetInt("keyBlenderSettingsMaskColor"), -1);
+  Initializer read(Initializer::DEFAULT, Proc::Color::Black());
+  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  EXPECT_EQ(read, white);
+
+  // An 8-bit field takes the low byte of what an older or foreign writer stored.
+  tree.SetInt("keyBlenderSettingsMaskOpacity", 256);
+  tree.SetInt("keyBlenderSettingsMaskRangeMin", 0x1FF);
+  tree.SetInt("keyBlenderSettingsMaskRangeMax", -2);
+  read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  EXPECT_EQ(read.GetOpacity(), 0);
+  EXPECT_EQ(read.GetRangeMin(), 255);
+  EXPECT_EQ(read.GetRangeMax(), 254);
+}
+
+// Stored effects and painters name host classes this library cannot make: reading them fails
+// with "Not implemented" (no code, no stack), and what was read before the failure stays.
+TEST(SettingsRecordFieldsTest, StoredEffectsAndPaintersCannotBeReadBack) {
+  const auto expectNotImplemented = [](const std::function<void()>& call) {
+    try {
+      call();
+      ADD_FAILURE() << "no exception";
+    } catch (const CanvaroException& e) {
+      ASSERT_NE(boost::get_error_info<TagDescription>(e), nullptr);
+      EXPECT_EQ(*boost::get_error_info<TagDescription>(e), "Not implemented");
+      EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
+      EXPECT_EQ(boost::get_error_info<TagCallStack>(e), nullptr);
+    }
+  };
+  const MaskInfo withPainter(
+      10, 50, 20, 60, MaskInfo::MaskInfoEx(canvaro_test::TestPainter::Make(12), SomeBlender()));
+  EXPECT_THAT(Text(withPainter),
+              ::testing::HasSubstr(R"({"key":"Painter","node":{"class":"TestPainter",)"));
+  Core::Property maskTree;
+  withPainter.Serialize(Drevin::SerializerProperty::Create(maskTree));
+  MaskInfo mask;
+  expectNotImplemented(
+      [&] { mask.Deserialize(Drevin::SerializerProperty::Create(std::as_const(maskTree))); });
+  EXPECT_EQ(mask.GetLeft(), 10);
+  EXPECT_EQ(mask.GetInfoEx().GetBlender(), MaskInfo().GetInfoEx().GetBlender());
+  expectNotImplemented([] { ISettingsPainter::CreatePainterSettings("TestPainter"); });
+
+  Core::Property effectTree;
+  SettingsCore(TestEffect::Make("Blur", 3))
+      .Serialize(Drevin::SerializerProperty::Create(effectTree));
+  EXPECT_THAT(
+      Core::PropertySerializer::ToString(effectTree, false),
+      ::testing::HasSubstr(R"({"key":"keyEffectItem","node":{"class":"TestEffect",)"
+                           R"("entries":[{"key":"implName","string":"default"},)"
+                           R"({"key":"kind","string":"Blur"},{"key":"amount","int":3}]}})"));
+  EffectsSettings settings(TestEffect::Make("Held"));
+  expectNotImplemented([&] {
+    settings.Deserialize(Drevin::SerializerProperty::Create(std::as_const(effectTree))
+                             ->GetChild(SettingsCore::EFFECTS_SETTINGS));
+  });
+  EXPECT_TRUE(settings.EffectsConst().empty());
+}
+
+}  // namespace

@@ -1,0 +1,212 @@
+// What every shape record shares beneath its kind: the bookkeeping fields' equality and Reset,
+// the position's arithmetic, the kind registry, and the copy-on-write handle. The keys, defaults
+// and round trip of each kind are checked over all kinds in ShapeInfoTTest.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/shapes/ShapeInfo.h"
+#include "kelbra/Core/Property.h"
+#include "kelbra/Drevin/SerializerProperty.h"
+#include "support/TestShape.h"
+
+namespace {
+
+using namespace Kelbra;
+using namespace Kelbra::Canvaro;
+using canvaro_test::kTestShapeType;
+using canvaro_test::TestShape;
+using ::testing::DoubleNear;
+using ::testing::HasSubstr;
+using Kind = Proc::SettingsEffectTranspose;
+
+const TestShape& As(const ShapeInfo& shape) {
+  return static_cast<const TestShape&>(*shape.GetImpl());
+}
+
+PositionType At(double x, double y, double angle) {
+  PositionType p;
+  p.SetX(x);
+  p.SetY(y);
+  p.SetAngle(angle);
+  return p;
+}
+
+// A record with every bookkeeping field away from its default.
+ShapeInfoBasePtr Filled() {
+  auto shape = TestShape::Create(IToolsId::SHAPE_FRAME);
+  shape->SetIndex(7);
+  shape->SetVisible(false);
+  shape->SetPresetId("preset-α");
+  shape->SetZValue(150.25);
+  shape->SetChangeType(9);
+  shape->SetSaved(true);
+  shape->GetPosition().SetX(0.1);
+  shape->GetPosition().SetDefault(false);
+  return shape;
+}
+
+TEST(ShapeRecordTest, EqualityLooksAtVisibilityPresetZValueAndPositionOnly) {
+  const auto a = Filled();
+  auto b = a->Clone();
+  b->SetIndex(1);
+  b->SetTool(IToolsId::TEXT);
+  b->SetCurrentTool(IToolsId::SHAPE_ARROW);
+  b->SetChangeType(0);
+  b->SetSaved(false);
+  b->SetZValue(150.25001);  // within the tolerance
+  EXPECT_TRUE(*a == *b);
+
+  const std::vector<std::function<void(ShapeInfoBase&)>> changes = {
+      [](ShapeInfoBase& s) { s.SetZValue(150.2501); },
+      [](ShapeInfoBase& s) { s.SetPresetId("preset-a"); },
+      [](ShapeInfoBase& s) { s.SetVisible(true); },
+      [](ShapeInfoBase& s) { s.GetPosition().SetX(0.6); },
+      [](ShapeInfoBase& s) { static_cast<TestShape&>(s).rendering.width = 5; }};
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    auto c = a->Clone();
+    changes[i](*c);
+    EXPECT_TRUE(*a != *c) << "change " << i;
+  }
+}
+
+TEST(ShapeRecordTest, ResetRestoresDefaultsButKeepsTheChangeTypeAndTheDefaultFlag) {
+  auto shape = Filled();
+  shape->Reset();
+  EXPECT_EQ(shape->GetIndex(), -1);
+  EXPECT_TRUE(shape->IsVisible());
+  EXPECT_EQ(shape->GetTool(), IToolsId::NONE);
+  EXPECT_EQ(shape->GetPresetId(), "");
+  EXPECT_EQ(shape->GetZValue(), 0.0);
+  EXPECT_FALSE(shape->GetSaved());
+  EXPECT_EQ(shape->GetChangeType(), 9);
+  EXPECT_EQ(shape->GetPosition().GetX(), 0.5);
+  EXPECT_EQ(shape->GetPosition().GetY(), 0.5);
+  EXPECT_FALSE(shape->GetPosition().IsDefault());
+  EXPECT_EQ(InfoTypeBase::ZValueMax, 2147483547.0);
+  EXPECT_EQ(InfoTypeBase::ZValueMin, 100.0);
+
+  // Older writers stored the z-value as an integer.
+  Core::Property tree;
+  tree.SetInt("ZValue", 120);
+  shape->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  EXPECT_EQ(shape->GetZValue(), 120.0);
+}
+
+TEST(ShapeRecordTest, PositionsCompareWithinToleranceAndAngle) {
+  EXPECT_TRUE(At(0.5, 0.25, 90) == At(0.50001, 0.24999, 90.00001));
+  EXPECT_FALSE(At(0.5, 0.25, 90) == At(0.5001, 0.25, 90));
+  EXPECT_FALSE(At(0.5, 0.25, 90) == At(0.5, 0.25, 90.001));
+  PositionType other = At(0.5, 0.25, 90);
+  other.SetDefault(false);
+  EXPECT_FALSE(At(0.5, 0.25, 90) == other);
+}
+
+TEST(ShapeRecordTest, PositionsFollowQuarterTurnsAndCrops) {
+  struct Case {
+    Kind::TransposeKind kind;
+    double x, y, angle;
+  };
+  for (const Case& c : {Case{Kind::Rotate90, 0.9, 0.2, 90}, Case{Kind::Rotate180, 0.8, 0.9, 180},
+                        Case{Kind::Rotate270, 0.1, 0.8, -90}, Case{Kind::None, 0.2, 0.1, 0}}) {
+    PositionType p = At(0.2, 0.1, 0);
+    p.Transpose(Kind(c.kind));
+    EXPECT_THAT(p.GetX(), DoubleNear(c.x, 1e-12)) << c.kind;
+    EXPECT_THAT(p.GetY(), DoubleNear(c.y, 1e-12)) << c.kind;
+    EXPECT_THAT(p.GetAngle(), DoubleNear(c.angle, 1e-12)) << c.kind;
+  }
+  PositionType p = At(0.3, 0.7, 45);
+  for (int i = 0; i < 4; ++i) p.Transpose(Kind(Kind::Rotate90));
+  EXPECT_TRUE(p == At(0.3, 0.7, 45));
+  PositionType q = At(0.5, 0.5, 170);
+  q.Transpose(Kind(Kind::Rotate90));
+  EXPECT_DOUBLE_EQ(q.GetAngle(), -100);  // angles stay inside (-180, 180]
+
+  // A crop makes the position relative to the rectangle, without clamping.
+  const Conf::FrameInfo frame{1000, 500, 1, 1};
+  PositionType outside = At(0.1, 0.9, 30);
+  outside.Crop(frame, ROI{250, 100, 500, 200});
+  EXPECT_DOUBLE_EQ(outside.GetX(), -0.3);
+  EXPECT_DOUBLE_EQ(outside.GetY(), 1.75);
+  EXPECT_EQ(outside.GetAngle(), 30);
+  PositionType empty = At(0.1, 0.9, 0);
+  empty.Crop(frame, ROI{0, 0, 0, 0});
+  EXPECT_TRUE(empty == At(0.1, 0.9, 0));
+}
+
+TEST(ShapeRecordTest, RegistryFindsRowsByExactClassIdAndTypeAndRefusesASecondRow) {
+  TestShape::Register();
+  const auto* byName = ShapeInfoBase::GetCreatorItem("TestShape");
+  ASSERT_NE(byName, nullptr);
+  EXPECT_EQ(byName->type, kTestShapeType);
+  EXPECT_EQ(ShapeInfoBase::GetCreatorItem(kTestShapeType), byName);
+  EXPECT_EQ(ShapeInfoBase::GetCreatorItem("testshape"), nullptr);
+  EXPECT_EQ(ShapeInfoBase::GetCreatorItem(static_cast<ShapeType>(4096)), nullptr);
+  EXPECT_FALSE(ShapeInfoBase::RegisterKind({ShapeType::Text, "TestShape", &TestShape::Create}));
+  EXPECT_EQ(ShapeInfoBase::GetCreatorItem("TestShape"), byName);
+}
+
+TEST(ShapeRecordTest, HandlesCloneRecordsShareCopiesAndTransformIntoNewHandles) {
+  auto record = TestShape::Create(IToolsId::TEXT);
+  ShapeInfo handle(*record);
+  EXPECT_NE(handle.GetImpl(), record.get());
+  EXPECT_EQ(record->GetRefCount(), 1);
+  ShapeInfo copy = handle;
+  EXPECT_EQ(copy.GetImpl(), handle.GetImpl());
+  EXPECT_EQ(handle->GetRefCount(), 3);  // two handles and the pointer operator-> returned
+
+  // Position first, then the kind's rendering; the original stays as it was.
+  const Conf::FrameInfo frame{800, 600, 1, 1};
+  const ShapeInfo before(ShapeInfoBaseConstPtr(handle.GetImpl()));
+  handle->GetPosition().SetX(0.25);
+  const ShapeInfo moved(ShapeInfoBaseConstPtr(handle.GetImpl()));
+  const ShapeInfo turned = moved.Transpose(frame, Kind(Kind::Rotate270));
+  EXPECT_DOUBLE_EQ(turned->GetPosition().GetX(), 0.5);
+  EXPECT_DOUBLE_EQ(turned->GetPosition().GetY(), 0.75);
+  EXPECT_EQ(As(turned).rendering.turns, 3);
+  const ShapeInfo cropped = turned.Crop(frame, ROI{0, 0, 400, 300});
+  EXPECT_DOUBLE_EQ(cropped->GetPosition().GetX(), 1.0);
+  EXPECT_DOUBLE_EQ(cropped->GetPosition().GetY(), 1.5);
+  EXPECT_DOUBLE_EQ(As(cropped).rendering.width, 4.0);
+  const ShapeInfo resized = cropped.Resize(frame, Conf::FrameInfo{400, 300, 1, 1});
+  EXPECT_DOUBLE_EQ(As(resized).rendering.width, 2.0);
+  EXPECT_EQ(resized->GetPosition().GetX(), 0.0);  // the kind moves it
+  EXPECT_EQ(As(turned).rendering.width, 2.0);
+  EXPECT_EQ(moved->GetPosition().GetX(), 0.25);
+}
+
+TEST(ShapeRecordTest, EmptyHandlesAreHarmlessAndUnknownOrMissingClassIdsAreRefused) {
+  ShapeInfo empty;
+  EXPECT_FALSE(empty);
+  EXPECT_TRUE(empty == ShapeInfo());
+  EXPECT_FALSE(empty == ShapeInfo(*TestShape::Create(IToolsId::TEXT)));
+  EXPECT_EQ(empty.GetClassId(), "");
+  EXPECT_FALSE(empty.Transpose({}, {}));
+  EXPECT_FALSE(empty.Crop({}, {}));
+  EXPECT_FALSE(empty.Resize({}, {}));
+  EXPECT_FALSE(ShapeInfo(ShapeInfoBaseConstPtr()));
+
+  // An empty handle writes no class id; reading that, or an unknown one, throws naming it and
+  // leaves the handle read into as it was.
+  Core::Property nameless;
+  empty.Serialize(Drevin::SerializerProperty::Create(nameless));
+  Core::Property unknown("CircleInfo");
+  unknown.SetInt("Index", 1);
+  for (const Core::Property* node : {&nameless, &unknown}) {
+    ShapeInfo read(*TestShape::Create(IToolsId::TEXT));
+    const ShapeInfoBase* kept = read.GetImpl();
+    try {
+      read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(*node)));
+      ADD_FAILURE() << "no exception";
+    } catch (const CanvaroException& e) {
+      const std::string* text = boost::get_error_info<TagDescription>(e);
+      ASSERT_NE(text, nullptr);
+      if (node == &unknown) {
+        EXPECT_THAT(*text, HasSubstr("'CircleInfo'"));
+      }
+    }
+    EXPECT_EQ(read.GetImpl(), kept);
+  }
+}
+
+}  // namespace
