@@ -218,6 +218,7 @@ TEST_F(DocumentPackageTest, AFullDiskDuringASaveLeavesThePreviousPackageWhole) {
 // the first save took effect) no document at all. The child reports its first finished save through
 // a pipe, so that most kills land among saves whatever the speed of the disk.
 TEST_F(DocumentPackageTest, AKilledSaveLeavesAWholePackage) {
+  doc.reset();  // forks from a process without worker threads, as ThreadSanitizer requires
   const auto build = [this](ICanvaroUndo& document, bool second) {
     Edit(document, second ? 16 : 8);
     if (second) document.Add(Settings("Second"), Picture(6, 16, 12), nullptr, NoMask());
