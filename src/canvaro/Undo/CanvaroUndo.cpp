@@ -98,6 +98,9 @@ CanvaroUndo::CanvaroUndo(const ioPath& swapDirectory, std::function<std::string(
   // Reading pictures back (undo, redo, queries) keeps within the budget too, by letting go of
   // pictures that are already on disk: stepping through the history never writes.
   storage_.SetLoadBudget(kMemoryThreshold, [this](Index frame) { return IsFrameInForce(frame); });
+  // Edits never wait for the disk while it keeps up; when it does not, an edit waits until no
+  // more than a budget's worth of pictures is waiting to be written.
+  storage_.SetWriteBacklog(kMemoryThreshold);
 }
 
 bool CanvaroUndo::IsFrameInForce(Index frame) const {

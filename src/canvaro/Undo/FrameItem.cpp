@@ -1,6 +1,7 @@
 #include "canvaro/Undo/FrameItem.h"
 
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -75,40 +76,43 @@ void FrameItem::SetFrameLocked(const Proc::IDataVideoPtr& frame) const {
 }
 
 bool FrameItem::ReleaseIfWritten() const {
-  const std::unique_lock lock(mutex_, std::try_to_lock);
-  if (!lock.owns_lock() || !frame_ || fileName_.empty()) return false;
+  std::lock_guard lock(mutex_);
+  if (!frame_ || fileName_.empty() || saving_) return false;
   // A name without a file is a save still queued: the picture is its only copy.
   if (!(swapDirectory_ / fileName_).exists()) return false;
   SetFrameLocked(nullptr);
   return true;
 }
 
-void FrameItem::WriteLocked() const {
+void FrameItem::Write(const Proc::IDataVideoConstPtr& picture, const ioPath& name) const {
   const Core::IDataOutputPtr out =
-      Core::DataOutputFile::Create(swapDirectory_ / fileName_, Core::DataOutputFile::Mode::Atomic);
-  {
-    const Proc::IDataVideoConstPtr picture = frame_;
-    CoreUtil::SaveRawFrame(picture, out);
-  }
+      Core::DataOutputFile::Create(swapDirectory_ / name, Core::DataOutputFile::Mode::Atomic);
+  CoreUtil::SaveRawFrame(picture, out);
   // Closing explicitly: a full disk or a file size limit shows at the latest here.
   out->Close();
 }
 
 void FrameItem::ReleaseFileLocked() {
+  ++generation_;
+  lost_ = false;
   if (fileName_.empty()) return;
-  if (published_) {
+  if (saving_) {
+    // The worker is writing the file right now; it removes it when done, unless a saved
+    // document names it.
+    keepStaleWrite_ = published_;
+  } else if (published_) {
     if (frame_ && !(swapDirectory_ / fileName_).exists()) {
       try {
-        WriteLocked();
+        Write(frame_, fileName_);
       } catch (...) {
         ThrowSwapFileFailure("Cannot write swap file", swapDirectory_ / fileName_,
                              BOOST_CURRENT_LOCATION);
       }
     }
-    published_ = false;
   } else {
     Core::RemoveFile(swapDirectory_ / fileName_);
   }
+  published_ = false;
   fileName_ = ioPath();
 }
 
@@ -134,28 +138,53 @@ bool FrameItem::CheckForSave(const ioPath& candidate) {
 }
 
 boost::exception_ptr FrameItem::Save() const {
-  // The whole save runs under the item mutex: the storage's thread may reset or drop the item
-  // at any time, and it does so under the same mutex.
-  std::lock_guard lock(mutex_);
-  CANVARO_VLOG(30) << "Trying to save " << fileName_;
-  if (!frame_) {
-    CANVARO_LOG(ERROR) << "Frame is dead, nothing to save";
-    return {};
+  // The file is written without the item's mutex, so that the storage's thread never waits for
+  // the disk: it may read, reset or drop the item meanwhile, and the generation tells.
+  Proc::IDataVideoConstPtr picture;
+  ioPath name;
+  std::uint64_t generation = 0;
+  {
+    std::lock_guard lock(mutex_);
+    CANVARO_VLOG(30) << "Trying to save " << fileName_;
+    if (!frame_) {
+      CANVARO_LOG(ERROR) << "Frame is dead, nothing to save";
+      return {};
+    }
+    // Reset to a new picture after it was queued: the item is in memory only and has no file.
+    if (fileName_.empty()) return {};
+    picture = frame_;
+    name = fileName_;
+    generation = generation_;
+    saving_ = true;
   }
-  // Reset to a new picture after it was queued: the item is in memory only and has no file.
-  if (fileName_.empty()) return {};
+  std::string cause;
   try {
-    WriteLocked();
-    SetFrameLocked(nullptr);
-    CANVARO_VLOG(30) << "Saving " << fileName_ << " done";
-    return {};
+    Write(picture, name);
   } catch (...) {
-    const std::string cause = DescribeCurrentException();
+    cause = DescribeCurrentException();
     CANVARO_LOG(ERROR) << cause;
-    SetFrameLocked(nullptr);
-    return CaptureSwapFileFailure("Cannot write swap file '" + (swapDirectory_ / fileName_).utf8() +
-                                  "': " + cause);
   }
+  picture.reset();
+  std::lock_guard lock(mutex_);
+  saving_ = false;
+  const ioPath file = swapDirectory_ / name;
+  if (generation != generation_) {
+    // Reset or dropped while it was written: the file is nobody's, unless a saved document
+    // names it.
+    if (!keepStaleWrite_) {
+      std::error_code ignored;
+      std::filesystem::remove(file.native(), ignored);
+      return {};
+    }
+    keepStaleWrite_ = false;
+  } else if (cause.empty()) {
+    SetFrameLocked(nullptr);
+    CANVARO_VLOG(30) << "Saving " << name << " done";
+  }
+  // A failed write keeps the picture: it is no longer handed out (the storage has failed), but
+  // a document package can still rescue it.
+  if (cause.empty()) return {};
+  return CaptureSwapFileFailure("Cannot write swap file '" + file.utf8() + "': " + cause);
 }
 
 void FrameItem::LoadFrame() const {
@@ -183,6 +212,7 @@ void FrameItem::LoadFrame() const {
     {
       std::lock_guard lock(mutex_);
       file = std::exchange(fileName_, ioPath());
+      lost_ = true;
     }
     ThrowSwapFileFailure("Cannot read swap file", swapDirectory_ / file, BOOST_CURRENT_LOCATION);
   }
@@ -213,6 +243,16 @@ void FrameItem::Drop() {
   std::lock_guard lock(mutex_);
   ReleaseFileLocked();
   SetFrameLocked(nullptr);
+}
+
+Proc::IDataVideoPtr FrameItem::GetInMemory() const {
+  std::lock_guard lock(mutex_);
+  return frame_;
+}
+
+bool FrameItem::IsLost() const {
+  std::lock_guard lock(mutex_);
+  return lost_;
 }
 
 ioPath FrameItem::GetFileName() const {

@@ -48,8 +48,10 @@ class FrameItem : public Drevin::ISerializable {
   // file is already on disk releases its picture instead.
   bool CheckForSave(const ioPath& candidate);
   // Worker only: writes the picture to its file (atomically: under a temporary name, renamed
-  // when complete) and releases it. Never throws: returns the failure (a CanvaroException with
-  // SwapFileFailure) or an empty pointer. A failed save releases the picture too.
+  // when complete) and releases it. The item's mutex is not held during the write: a Reset or
+  // Drop meanwhile makes the written file stale, and it is removed (kept when a saved document
+  // names it). Never throws: returns the failure (a CanvaroException with SwapFileFailure) or an
+  // empty pointer. A failed save keeps the picture in memory (see GetInMemory).
   boost::exception_ptr Save() const;
   // Reads the picture back from its file and keeps it (and the file name). Throws
   // CanvaroException (SwapFileFailure, naming the file and the cause) on failure, also when the
@@ -79,6 +81,12 @@ class FrameItem : public Drevin::ISerializable {
   // recent).
   std::uint64_t GetLastUse() const { return lastUse_.load(std::memory_order_relaxed); }
 
+  // The picture if it is in memory, without loading it; empty otherwise. Also a picture whose
+  // save failed.
+  Proc::IDataVideoPtr GetInMemory() const;
+  // True after a failed load: the picture is neither in memory nor in a file any more.
+  bool IsLost() const;
+
   const Conf::FrameInfo& GetInfo() const { return info_; }
   ioPath GetFileName() const;
   // Bytes of the picture's buffer while it is in memory, else 0. Takes no lock, so it never
@@ -95,8 +103,8 @@ class FrameItem : public Drevin::ISerializable {
  private:
   // With the mutex held: sets the picture and its size.
   void SetFrameLocked(const Proc::IDataVideoPtr& frame) const;
-  // With the mutex held: writes the picture to its file; throws on failure.
-  void WriteLocked() const;
+  // Writes `picture` to the swap file `name`; throws on failure. Needs no lock.
+  void Write(const Proc::IDataVideoConstPtr& picture, const ioPath& name) const;
   // With the mutex held: lets go of the file, deleting it unless a saved document names it.
   void ReleaseFileLocked();
 
@@ -107,6 +115,14 @@ class FrameItem : public Drevin::ISerializable {
   mutable ioPath fileName_;
   // The file is named by a saved document (written to or read from a record).
   mutable bool published_ = false;
+  // The worker is writing the picture, without the mutex.
+  mutable bool saving_ = false;
+  // Counts resets and drops, so that a save in progress knows its file became stale.
+  mutable std::uint64_t generation_ = 0;
+  // A stale write whose file a saved document names: the worker keeps it.
+  mutable bool keepStaleWrite_ = false;
+  // A load failed: the picture is gone.
+  mutable bool lost_ = false;
   mutable std::atomic<std::size_t> memorySize_{0};
   mutable std::atomic<std::uint64_t> lastUse_{0};
 };

@@ -24,11 +24,11 @@ FrameStorage::FrameStorage(const ioPath& swapDirectory, std::function<std::strin
 }
 
 FrameStorage::~FrameStorage() {
-  running_.exchange(false);
   {
-    std::lock_guard wake(wakeMutex_);
-    wakeCondition_.notify_one();
+    std::lock_guard queue(queueMutex_);
+    running_ = false;
   }
+  wakeCondition_.notify_one();
   worker_.join();
   // A storage that never failed keeps its files: saved documents refer to them. A folder that
   // cannot be removed (read-only file system, an entry that cannot be deleted) stays.
@@ -174,18 +174,27 @@ void FrameStorage::SwapExcept(const std::vector<Index>& keep) const {
   // frame as it was.
   const std::vector<ioPath> names = DrawNames(candidates.size());
   Batch batch;
+  std::uint64_t bytes = 0;
   for (std::size_t k = 0; k < candidates.size(); ++k) {
     const auto& item = items_[candidates[k]];
-    if (item && item->CheckForSave(names[k])) batch.push_back(item);
+    if (item && item->CheckForSave(names[k])) {
+      batch.push_back({item, item->GetMemorySize()});
+      bytes += batch.back().bytes;
+    }
   }
-  {
-    std::lock_guard queue(queueMutex_);
-    saveQueue_.push_back(std::move(batch));
-    ++queuedBatches_;
-  }
-  std::lock_guard wake(wakeMutex_);
+  std::unique_lock queue(queueMutex_);
+  saveQueue_.push_back(std::move(batch));
+  ++queuedBatches_;
+  unwrittenBytes_ += bytes;
   wakeCondition_.notify_one();
+  // Back-pressure: the caller waits only while more than the backlog is queued and unwritten,
+  // never for the batch under way as such.
+  if (writeBacklog_ > 0) {
+    doneCondition_.wait(queue, [this] { return unwrittenBytes_ <= writeBacklog_; });
+  }
 }
+
+void FrameStorage::SetWriteBacklog(std::uint64_t bytes) { writeBacklog_ = bytes; }
 
 std::vector<ioPath> FrameStorage::DrawNames(std::size_t count) const {
   std::set<std::string> taken;
@@ -287,18 +296,20 @@ void FrameStorage::SerializeItem(Index index, const Drevin::ISerializerPtr& seri
 Index FrameStorage::GetCount() const { return static_cast<Index>(items_.size()); }
 
 void FrameStorage::WaitForPendingSaves() const {
-  std::uint64_t queued = 0;
-  {
-    std::lock_guard queue(queueMutex_);
-    queued = queuedBatches_;
-  }
-  std::unique_lock done(doneMutex_);
-  doneCondition_.wait(done, [&] { return finishedBatches_ >= queued; });
+  std::unique_lock queue(queueMutex_);
+  const std::uint64_t queued = queuedBatches_;
+  doneCondition_.wait(queue, [&] { return finishedBatches_ >= queued; });
 }
 
 bool FrameStorage::IsFailed() const { return failed_.load(); }
 
 const ioPath& FrameStorage::GetSwapDirectory() const { return swapDirectory_; }
+
+Proc::IDataVideoPtr FrameStorage::GetFrameInMemory(Index index) const {
+  return ItemAt(index, "GetFrameInMemory")->GetInMemory();
+}
+
+bool FrameStorage::IsFrameLost(Index index) const { return ItemAt(index, "IsFrameLost")->IsLost(); }
 
 ioPath FrameStorage::GetFileName(Index index) const {
   return ItemAt(index, "GetFileName")->GetFileName();
@@ -306,37 +317,28 @@ ioPath FrameStorage::GetFileName(Index index) const {
 
 void FrameStorage::SaveThreadFunction() {
   for (;;) {
-    // Held for the whole pass (released only while waiting), so that queueing work or
-    // destroying the storage waits for the batch being saved.
-    std::unique_lock wake(wakeMutex_);
-    while (running_.load()) {
-      bool empty = true;
-      {
-        std::lock_guard queue(queueMutex_);
-        empty = saveQueue_.empty();
-      }
-      if (!empty) break;
-      wakeCondition_.wait(wake);
-      if (!running_.load()) break;
-    }
-
     Batch batch;
     {
-      std::lock_guard queue(queueMutex_);
-      if (saveQueue_.empty()) {
-        // The exit test comes only with an empty queue: every queued batch is written first.
-        if (!running_.load()) return;
-        continue;
-      }
+      std::unique_lock queue(queueMutex_);
+      wakeCondition_.wait(queue, [this] { return !saveQueue_.empty() || !running_; });
+      // The exit test comes only with an empty queue: every queued batch is written first.
+      if (saveQueue_.empty()) return;
       batch = std::move(saveQueue_.front());
       saveQueue_.pop_front();
     }
 
+    // Nothing is locked while the pictures are written, but each picture's own mutex for a
+    // moment before and after: queueing more work, reading pictures and resetting them go on.
     CANVARO_LOG(INFO) << "Swap started";
     boost::exception_ptr firstError;
-    for (const auto& item : batch) {
-      boost::exception_ptr error = item->Save();
+    for (const Queued& queued : batch) {
+      boost::exception_ptr error = queued.item->Save();
       if (error && !firstError) firstError = error;
+      {
+        std::lock_guard queue(queueMutex_);
+        unwrittenBytes_ -= queued.bytes;
+      }
+      doneCondition_.notify_all();
     }
     // The error itself goes no further: the flag is what callers see, at their next GetFrame,
     // together with the first failure's description.
@@ -353,7 +355,7 @@ void FrameStorage::SaveThreadFunction() {
     batch.clear();
 
     {
-      std::lock_guard done(doneMutex_);
+      std::lock_guard queue(queueMutex_);
       ++finishedBatches_;
     }
     doneCondition_.notify_all();

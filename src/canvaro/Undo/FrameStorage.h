@@ -15,10 +15,14 @@
 ///   auto again = storage.GetFrame(0); // loaded back from its file if it was swapped
 ///
 /// Errors: a failed write on the worker or a failed read sets a sticky "failed" state, after
-/// which every GetFrame throws CanvaroException with code CanvaroError::SwapFileFailure.
+/// which every GetFrame throws CanvaroException with code CanvaroError::SwapFileFailure. A
+/// picture whose write failed stays in memory (GetFrameInMemory), so that it can still be saved
+/// elsewhere.
 ///
 /// Threads: all operations are called from one thread (the document's); only the worker runs
-/// beside it. The storage never creates its swap directory; the host does.
+/// beside it, and it locks nothing while it writes: the caller never waits for the disk, except
+/// in WaitForPendingSaves and when more than the write backlog is queued (SetWriteBacklog). The
+/// storage never creates its swap directory; the host does.
 #pragma once
 
 #include <atomic>
@@ -73,6 +77,11 @@ class FrameStorage : public virtual Drevin::ISerializable {
   /// a frame for which `keep` answers true, never one without a written file. 0 (the default)
   /// switches this off. `keep` is called on the thread that calls GetFrame.
   void SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep);
+  /// The write backlog: after queueing, Swap and SwapExcept wait while the pictures queued and
+  /// not yet written take more than `bytes`, so that memory stays bounded when the disk is
+  /// slower than the edits. They never wait for a batch under way as such. 0 (the default): no
+  /// bound.
+  void SetWriteBacklog(std::uint64_t bytes);
   /// Queues the listed frames for writing to disk.
   void Swap(const std::vector<Index>& indices) const;
   /// Queues every frame except the listed ones for writing to disk.
@@ -101,16 +110,25 @@ class FrameStorage : public virtual Drevin::ISerializable {
   /// True once a save or a load has failed.
   bool IsFailed() const;
   const ioPath& GetSwapDirectory() const;
+  /// The picture of frame `index` if it is in memory, without loading it and also when the
+  /// storage has failed (a picture whose swap write failed stays in memory); empty otherwise.
+  /// For rescuing a failed session's pictures.
+  Proc::IDataVideoPtr GetFrameInMemory(Index index) const;
+  /// True when the picture of frame `index` is gone: its file could not be read back.
+  bool IsFrameLost(Index index) const;
   /// The swap file name of frame `index` (relative to the swap directory), empty when none.
   ioPath GetFileName(Index index) const;
 
  private:
-  // Locks: each item's mutex; queueMutex_ (the queue and its batch counter); wakeMutex_ with
-  // wakeCondition_, on which the worker sleeps and which it holds while it saves a batch;
-  // doneMutex_ with doneCondition_ for WaitForPendingSaves. No item mutex is held while queueMutex_
-  // or wakeMutex_ is taken; the storage's thread never nests queueMutex_ and wakeMutex_; the worker
-  // takes queueMutex_ and doneMutex_ only briefly inside wakeMutex_.
-  using Batch = std::vector<std::shared_ptr<FrameItem>>;
+  // Locks: each item's mutex, held only for moments (never while a file is written); queueMutex_,
+  // which guards the queue and the counters below, with wakeCondition_ (the worker waits for
+  // work) and doneCondition_ (callers wait for batches or for the backlog to shrink). No item
+  // mutex is held while queueMutex_ is taken, and the other way round.
+  struct Queued {
+    std::shared_ptr<FrameItem> item;
+    std::uint64_t bytes;  // of its picture when queued
+  };
+  using Batch = std::vector<Queued>;
 
   // The item of frame `index`; throws CanvaroException (InvalidArgument) naming `operation`
   // when there is none.
@@ -136,19 +154,19 @@ class FrameStorage : public virtual Drevin::ISerializable {
   std::function<bool(Index)> keepInMemory_;
   const ioPath swapDirectory_;
   const std::function<std::string()> nameGenerator_;
-  std::atomic<bool> running_{true};
   std::thread worker_;
   mutable std::mutex queueMutex_;
-  mutable std::deque<Batch> saveQueue_;
-  mutable std::uint64_t queuedBatches_ = 0;  // guarded by queueMutex_
-  mutable std::mutex wakeMutex_;
   mutable std::condition_variable wakeCondition_;
+  mutable std::condition_variable doneCondition_;
+  bool running_ = true;                       // guarded by queueMutex_
+  mutable std::deque<Batch> saveQueue_;       // guarded by queueMutex_
+  mutable std::uint64_t queuedBatches_ = 0;   // guarded by queueMutex_
+  std::uint64_t finishedBatches_ = 0;         // guarded by queueMutex_
+  mutable std::uint64_t unwrittenBytes_ = 0;  // guarded by queueMutex_
+  std::uint64_t writeBacklog_ = 0;
   mutable std::atomic<bool> failed_{false};
   mutable std::mutex failureMutex_;
   mutable std::string failure_;  // guarded by failureMutex_
-  mutable std::mutex doneMutex_;
-  mutable std::condition_variable doneCondition_;
-  std::uint64_t finishedBatches_ = 0;  // guarded by doneMutex_
 };
 
 }  // namespace Kelbra::Canvaro
