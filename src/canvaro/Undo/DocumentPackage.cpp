@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <random>
@@ -89,14 +90,14 @@ void SaveDocument(const ICanvaroUndo& document, const ioPath& folder) {
   Core::Property tree;
   document.Serialize(Drevin::SerializerProperty::Create(tree));
   document.WaitForPendingSaves();
-  if (storage.IsFailed()) {
-    // GetFrame names the storage's first failure.
-    try {
-      storage.GetFrame(0);
-    } catch (const CanvaroException& e) {
-      ThrowCoded(CanvaroError::SwapFileFailure,
-                 std::string("The document cannot be saved: ") + e.what(), BOOST_CURRENT_LOCATION);
-    }
+  // A failed storage hands out no picture, but what it still has (files written, pictures whose
+  // write failed) goes into the package; only pictures that are truly gone make the save fail.
+  std::map<std::string, Index> frameOfFile;
+  std::vector<std::string> missing;
+  for (Index i = 0; i < storage.GetCount(); ++i) {
+    const std::string name = storage.GetFileName(i).utf8();
+    if (!name.empty()) frameOfFile.emplace(name, i);
+    if (storage.IsFrameLost(i)) missing.push_back("frame " + std::to_string(i));
   }
   MakeFolders(folder);
   const ioPath pictures = folder / kPicturesFolder;
@@ -123,7 +124,29 @@ void SaveDocument(const ICanvaroUndo& document, const ioPath& folder) {
       const ioPath source = swap / ioPath(name).filename();
       struct stat info {};
       if (::stat(source.native().c_str(), &info) != 0) {
-        ThrowFileError(1, "Cannot save the picture", source, errno);
+        const int error = errno;
+        const auto frame = frameOfFile.find(name);
+        const Proc::IDataVideoPtr picture =
+            frame != frameOfFile.end() ? storage.GetFrameInMemory(frame->second) : nullptr;
+        if (!picture) {
+          missing.push_back("'" + source.utf8() + "' (" + std::strerror(error) + ")");
+          renamed.emplace(name, name);
+          return;
+        }
+        std::string rescued;
+        for (int draw = 0; rescued.empty(); ++draw) {
+          if (draw == kMaxNameDraws) {
+            ThrowCoded(CanvaroError::InvalidState,
+                       "No free picture name in '" + pictures.utf8() + "'", BOOST_CURRENT_LOCATION);
+          }
+          const std::string candidate = NewPictureName(random);
+          if (WritePicture(picture, pictures / candidate)) rescued = candidate;
+        }
+        added.push_back(pictures / rescued);
+        named[rescued] = Describe(pictures / rescued);
+        renamed.emplace(name, rescued);
+        name = rescued;
+        return;
       }
       // A picture saved before is the same file (a hard link) and keeps its record.
       std::string picture;
@@ -150,6 +173,14 @@ void SaveDocument(const ICanvaroUndo& document, const ioPath& folder) {
       renamed.emplace(name, picture);
       name = picture;
     });
+    if (!missing.empty()) {
+      std::string list;
+      for (const std::string& gone : missing) list += (list.empty() ? "" : ", ") + gone;
+      ThrowCoded(CanvaroError::SwapFileFailure,
+                 "The document cannot be saved: " + std::to_string(missing.size()) +
+                     " of its pictures are gone: " + list,
+                 BOOST_CURRENT_LOCATION);
+    }
     SyncFolder(pictures);
     // The manifest lists the old pictures too until the new document is in place.
     Manifest both = named;

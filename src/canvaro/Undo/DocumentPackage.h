@@ -37,9 +37,13 @@
 namespace Kelbra::Canvaro {
 
 // Saves `document`, history included, as a package in `folder` (made when missing; an earlier
-// package there is replaced atomically). The document is unchanged and goes on as before. A
-// document whose swap storage has failed cannot be saved (SwapFileFailure, with the storage's
-// first failure).
+// package there is replaced atomically). The document is unchanged and goes on as before.
+//
+// Rescue: a document whose swap storage has failed (a full disk, a damaged swap file) still
+// saves every picture it has, in memory or in an intact swap file, so that the session can be
+// saved to another disk. Only when a picture is truly gone (its swap file could not be read
+// back) does the save fail: SwapFileFailure naming the missing pictures, the previous package
+// untouched.
 void SaveDocument(const ICanvaroUndo& document, const ioPath& folder);
 
 // Opens the package in `folder` into a fresh document on `swapDirectory` (which must exist),

@@ -99,7 +99,7 @@ void FrameItem::ReleaseFileLocked() {
   if (saving_) {
     // The worker is writing the file right now; it removes it when done, unless a saved
     // document names it.
-    keepStaleWrite_ = published_;
+    keepStaleWrite_ = keepStaleWrite_ || published_;
   } else if (published_) {
     if (frame_ && !(swapDirectory_ / fileName_).exists()) {
       try {
@@ -156,6 +156,7 @@ boost::exception_ptr FrameItem::Save() const {
     name = fileName_;
     generation = generation_;
     saving_ = true;
+    keepStaleWrite_ = false;
   }
   std::string cause;
   try {
@@ -176,7 +177,6 @@ boost::exception_ptr FrameItem::Save() const {
       std::filesystem::remove(file.native(), ignored);
       return {};
     }
-    keepStaleWrite_ = false;
   } else if (cause.empty()) {
     SetFrameLocked(nullptr);
     CANVARO_VLOG(30) << "Saving " << name << " done";

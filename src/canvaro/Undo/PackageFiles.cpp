@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "canvaro/CoreUtil/RawFrame.h"
 #include "canvaro/foundation/Throw.h"
 #include "kelbra/Conf/IFormatFile.h"
 #include "kelbra/Core/CoreException.h"
@@ -198,6 +199,21 @@ bool LinkOrCopy(const ioPath& from, const ioPath& to) {
   struct stat info {};
   if (::stat(to.native().c_str(), &info) == 0) return false;
   Copy(from, to);
+  return true;
+}
+
+bool WritePicture(const Proc::IDataVideoConstPtr& picture, const ioPath& to) {
+  if (to.exists()) return false;
+  try {
+    const Core::IDataOutputPtr out =
+        Core::DataOutputFile::Create(to, Core::DataOutputFile::Mode::Atomic);
+    CoreUtil::SaveRawFrame(picture, out);
+    out->Close();
+  } catch (const Core::CoreException& e) {
+    ThrowCoded(CanvaroError::SwapFileFailure,
+               "Cannot write the picture '" + to.utf8() + "': " + DescriptionOf(e),
+               BOOST_CURRENT_LOCATION);
+  }
   return true;
 }
 

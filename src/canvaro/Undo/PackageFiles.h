@@ -12,6 +12,7 @@
 
 #include "kelbra/Core/Property.h"
 #include "kelbra/Path.h"
+#include "kelbra/Proc/IDataVideo.h"
 
 namespace Kelbra::Canvaro::Package {
 
@@ -38,6 +39,9 @@ PictureRecord Describe(const ioPath& file);
 // Makes `to` (which must not exist) the same bytes as `from`: a hard link where the file system
 // allows it, else a copy; then flushes it to the disk. Returns false when `to` already exists.
 bool LinkOrCopy(const ioPath& from, const ioPath& to);
+// Writes `picture` as the raw frame file `to` (which must not exist), durably. Returns false
+// when `to` already exists.
+bool WritePicture(const Proc::IDataVideoConstPtr& picture, const ioPath& to);
 // Flushes the entries of `folder` (new links, renames, removals) to the disk.
 void SyncFolder(const ioPath& folder);
 // True when both paths name the same file (one inode).

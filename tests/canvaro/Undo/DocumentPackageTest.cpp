@@ -67,6 +67,19 @@ int CodeOf(const CanvaroException& e) {
   return code != nullptr ? static_cast<int>(*code) : 0;
 }
 
+// A 256 kB tmpfs mounted at `point` for the life of the object; `mounted` is false without root.
+struct SmallDisk {
+  explicit SmallDisk(fs::path where) : point(std::move(where)) {
+    fs::create_directories(point);
+    mounted = ::mount("tmpfs", point.c_str(), "tmpfs", 0, "size=256k") == 0;
+  }
+  ~SmallDisk() {
+    if (mounted) ::umount2(point.c_str(), MNT_DETACH);
+  }
+  fs::path point;
+  bool mounted = false;
+};
+
 class DocumentPackageTest : public DocumentTest {
  protected:
   // Three items, strokes, a shape with a picture; `size` scales the pictures.
@@ -141,6 +154,13 @@ TEST_F(DocumentPackageTest, AnOpenedDocumentAndItsFailuresNeverTouchThePackage) 
           for (unsigned i = 0; i < opened->GetVideoCount(); ++i) opened->GetVideo(i);
         },
         CanvaroException);
+    // A picture is truly gone now: saving fails, naming it, and leaves the package alone.
+    try {
+      SaveDocument(*opened, Package());
+      ADD_FAILURE() << "saved a document that lost a picture";
+    } catch (const CanvaroException& e) {
+      EXPECT_THAT(e.what(), ::testing::HasSubstr("gone"));
+    }
   }
   EXPECT_EQ(Files(Package().native()), saved);
   EXPECT_NO_THROW(Open("b"));
@@ -178,16 +198,9 @@ TEST_F(DocumentPackageTest, ADamagedPictureIsReportedAndRefusedAndLeftAsItIs) {
 // A package on a small file system: the second save runs out of space part-way. The first
 // package stays whole and opens as it was; nothing partial sits under a final name.
 TEST_F(DocumentPackageTest, AFullDiskDuringASaveLeavesThePreviousPackageWhole) {
-  const fs::path mountPoint = dir.path().native() / "small";
-  fs::create_directories(mountPoint);
-  if (::mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=256k") != 0) {
-    GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
-  }
-  struct Unmount {
-    fs::path point;
-    ~Unmount() { ::umount2(point.c_str(), MNT_DETACH); }
-  } unmount{mountPoint};
-  const ioPath package = ioPath(mountPoint) / "saved.canvaro";
+  const SmallDisk disk(dir.path().native() / "small");
+  if (!disk.mounted) GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
+  const ioPath package = ioPath(disk.point) / "saved.canvaro";
 
   Edit(*doc);
   SaveDocument(*doc, package);
@@ -211,6 +224,30 @@ TEST_F(DocumentPackageTest, AFullDiskDuringASaveLeavesThePreviousPackageWhole) {
   ICanvaroUndoPtr opened =
       OpenDocument(package, swap, [n = 0]() mutable { return "r" + std::to_string(n++) + ".raw"; });
   EXPECT_EQ(Summary(*opened), first);
+}
+
+// The swap disk fills up mid-session: the storage fails and hands out nothing, yet every picture
+// of the session (in memory after its failed write, or in its file) saves as a package on
+// another file system, and opens as the same document.
+TEST_F(DocumentPackageTest, AfterTheSwapDiskFillsTheSessionStillSavesElsewhere) {
+  const SmallDisk disk(dir.path().native() / "small");
+  if (!disk.mounted) GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
+  ICanvaroUndoPtr session = ICanvaroUndo::Create(
+      ioPath(disk.point), [n = 0]() mutable { return "s" + std::to_string(n++) + ".raw"; });
+  for (ICanvaroUndo* document : {session.get(), doc.get()}) {
+    Edit(*document);
+    for (std::uint8_t seed = 10; seed < 18; ++seed) {
+      document->Add(Settings("Big"), Picture(seed, 128, 96), nullptr, NoMask());
+    }
+    document->Undo();
+  }
+  session->GetFrameStorage().SwapExcept({});
+  session->WaitForPendingSaves();
+  ASSERT_TRUE(session->GetFrameStorage().IsFailed());
+  EXPECT_THROW(session->GetVideo(0), CanvaroException);
+
+  SaveDocument(*session, Package());
+  EXPECT_EQ(Summary(*Open("rescued")), Summary(*doc));
 }
 
 // A process saving two versions of a document in turn into one package is killed with SIGKILL at

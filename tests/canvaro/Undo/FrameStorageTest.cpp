@@ -7,6 +7,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -175,6 +177,49 @@ TEST_F(FrameStorageTest, ResetAndTruncateDeleteSwapFiles) {
   EXPECT_TRUE((dir_ / "f0").exists());
   storage.Truncate(5);  // beyond the end: nothing to drop
   EXPECT_EQ(storage.AddFrame(Picture(5)), 2u);
+}
+
+// The caller goes on while the worker writes: pictures read, replaced and dropped during writes
+// come out right and leave no stale file behind; with a write backlog, swapping returns only
+// once no more than the backlog is unwritten.
+TEST_F(FrameStorageTest, EditsDuringWritesLeaveNoStaleFilesAndTheBacklogBoundsMemory) {
+  const Conf::FrameInfo big{512, 512, 1, 1};
+  const auto picture = [&](unsigned seed) { return Picture(seed, big); };
+  FrameStorage storage(dir_.path(), names_.Generator());
+  const std::uint64_t one = picture(0)->GetBufferSize();
+  storage.SetWriteBacklog(one);
+  std::vector<unsigned> seeds;
+  std::mt19937 random(20261123);
+  for (unsigned round = 0; round < 60; ++round) {
+    seeds.push_back(round);
+    storage.AddFrame(picture(round));
+    storage.SwapExcept({});
+    EXPECT_LE(storage.GetSize(), one) << "more than the backlog is unwritten";
+    const Index victim = random() % storage.GetCount();
+    switch (random() % 3) {
+      case 0:
+        seeds[victim] = 1000 + round;
+        storage.Reset(victim, picture(seeds[victim]));
+        break;
+      case 1:
+        storage.Truncate(victim + 1);
+        seeds.resize(victim + 1);
+        break;
+      default:
+        EXPECT_EQ(PackedBytes(*storage.GetFrame(victim)), PackedBytes(*picture(seeds[victim])));
+    }
+  }
+  storage.WaitForPendingSaves();
+  std::set<std::string> held;
+  for (Index i = 0; i < storage.GetCount(); ++i) {
+    if (!storage.GetFileName(i).empty()) held.insert(storage.GetFileName(i).utf8());
+    EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*picture(seeds[i]))) << i;
+  }
+  std::set<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(dir_.path().native())) {
+    files.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(files, held);
 }
 
 // ---- the record ----
