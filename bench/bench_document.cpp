@@ -16,6 +16,8 @@
 // the size of the text.
 //
 // Run a single benchmark per process for a meaningful peak: --benchmark_filter=Session40Steps.
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -43,6 +45,7 @@
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "kelbra/Proc/BufferPool.h"
 #include "kelbra/Proc/IDataVideo.h"
 
 namespace {
@@ -154,7 +157,7 @@ BENCHMARK(Session40Steps)
 // A document of eight 24-megapixel steps, at its last step, with every other step's picture on
 // disk and out of memory.
 struct SwappedDocument {
-  static constexpr int kSteps = 8;
+  static constexpr int kSteps = 12;
   SwappedDocument() : dir("canvaro_bench_undo"), doc(ICanvaroUndo::Create(dir.path(), Names())) {
     for (int i = 0; i < kSteps; ++i) doc->Add(Step(i), Render(i), nullptr, NoMask());
     // The budget alone leaves every other step in memory; the benchmark wants them all on disk.
@@ -166,33 +169,49 @@ struct SwappedDocument {
 };
 
 // Each iteration undoes one step further back; undo never swaps, so every step undone to is
-// read from its file.
+// read from its file. Arg 1 empties the pool of freed picture buffers before each undo (outside
+// the timing), so that every load gets fresh pages, as without the pool.
 void UndoToSwappedStep(benchmark::State& state) {
   SwappedDocument session;
   ICanvaroUndo& doc = *session.doc;
-  const std::uint64_t before = doc.GetCoreSize();
-  for (auto _ : state) doc.Undo();
-  // Every undo read one picture back.
-  if (doc.GetCoreSize() - before !=
-      static_cast<std::uint64_t>(state.iterations()) * kWidth * kHeight * 4) {
-    state.SkipWithError("a step undone to was not on disk");
+  rusage before{};
+  ::getrusage(RUSAGE_SELF, &before);
+  for (auto _ : state) {
+    if (state.range(0) != 0) {
+      state.PauseTiming();
+      Proc::TrimBufferPool();
+      state.ResumeTiming();
+    }
+    doc.Undo();
   }
+  rusage after{};
+  ::getrusage(RUSAGE_SELF, &after);
+  state.counters["page_faults_per_undo"] = static_cast<double>(after.ru_minflt - before.ru_minflt) /
+                                           static_cast<double>(state.iterations());
+  // Every step undone to was on disk; the budget of loads let go of the older ones read back.
+  state.counters["in_memory_MiB"] = static_cast<double>(doc.GetCoreSize()) / kMiB;
   state.SetBytesProcessed(state.iterations() * kWidth * kHeight * 4);
 }
 BENCHMARK(UndoToSwappedStep)
+    ->ArgName("empty_pool")
+    ->Arg(0)
+    ->Arg(1)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(SwappedDocument::kSteps - 2);
 
 // The same bytes read with stdio from one of the swap files, into a buffer already in memory
-// (arg 0) or into fresh memory as a load must (arg 1: the page faults of a new picture).
+// (arg 0) or into a fresh picture buffer with huge pages, as a load without the pool of freed
+// buffers must (arg 1: the page faults and the kernel's zeroing of a new picture).
 void PlainRead(benchmark::State& state) {
   SwappedDocument session;
   const ioPath file = session.dir.path() / session.doc->GetFrameStorage().GetFileName(0);
   const std::size_t bytes = static_cast<std::size_t>(kWidth) * kHeight * 4 + 4096;
   std::vector<char> warm(bytes);
   for (auto _ : state) {
-    std::unique_ptr<char[]> fresh(state.range(0) != 0 ? new char[bytes] : nullptr);
-    char* buffer = fresh != nullptr ? fresh.get() : warm.data();
+    Proc::TrimBufferPool();
+    std::uint8_t* fresh =
+        state.range(0) != 0 ? Proc::Details::AcquirePictureBuffer(bytes) : nullptr;
+    char* buffer = fresh != nullptr ? reinterpret_cast<char*>(fresh) : warm.data();
     std::FILE* in = std::fopen(file.string().c_str(), "rb");
     if (in == nullptr) {
       state.SkipWithError("no swap file");
@@ -200,7 +219,9 @@ void PlainRead(benchmark::State& state) {
     }
     benchmark::DoNotOptimize(std::fread(buffer, 1, bytes, in));
     std::fclose(in);
+    Proc::Details::ReleasePictureBuffer(fresh, bytes);
   }
+  Proc::TrimBufferPool();
   state.SetBytesProcessed(state.iterations() * kWidth * kHeight * 4);
 }
 BENCHMARK(PlainRead)

@@ -26,6 +26,7 @@
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "kelbra/Exception.h"
 #include "kelbra/Path.h"
+#include "kelbra/Proc/BufferPool.h"
 #include "kelbra/Proc/Color.h"
 #include "kelbra/Proc/CropInfo.h"
 #include "kelbra/Proc/IDataVideo.h"

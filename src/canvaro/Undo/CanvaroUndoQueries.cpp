@@ -4,6 +4,7 @@
 
 #include "canvaro/Undo/CanvaroUndo.h"
 #include "canvaro/Undo/ShapeUndo.h"
+#include "kelbra/Proc/BufferPool.h"
 
 namespace Kelbra::Canvaro {
 
@@ -88,7 +89,8 @@ std::uint64_t CanvaroUndo::GetCoreSize() const { return storage_.GetSize(); }
 
 void CanvaroUndo::CheckForSize() const {
   if (swapDirectory_.empty()) return;
-  const std::uint64_t size = GetCoreSize();
+  // Freed picture buffers kept for reuse count as memory in use.
+  const std::uint64_t size = GetCoreSize() + Proc::GetPooledBufferBytes();
   if (size < kMemoryThreshold) return;
   CANVARO_LOG(WARNING) << "Memory usage: " << size << ". Swap required";
   std::vector<Index> keep;

@@ -12,6 +12,7 @@
 #include "canvaro/Undo/StorageNames.h"
 #include "canvaro/foundation/Throw.h"
 #include "kelbra/Core/FileSystem.h"
+#include "kelbra/Proc/BufferPool.h"
 
 namespace Kelbra::Canvaro {
 
@@ -98,6 +99,7 @@ void FrameStorage::SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)>
 }
 
 void FrameStorage::KeepLoadsInBudget(Index loaded) const {
+  // Freed buffers kept for reuse count as memory in use.
   std::uint64_t others = 0;
   std::vector<std::pair<std::uint64_t, Index>> candidates;  // (last use, frame)
   for (std::size_t i = 0; i < items_.size(); ++i) {
@@ -108,13 +110,16 @@ void FrameStorage::KeepLoadsInBudget(Index loaded) const {
       candidates.emplace_back(item->GetLastUse(), static_cast<Index>(i));
     }
   }
-  if (others < loadBudget_) return;
+  const auto over = [&] { return others + Proc::GetPooledBufferBytes() >= loadBudget_; };
+  if (!over()) return;
   std::sort(candidates.begin(), candidates.end());
   for (const auto& [lastUse, index] : candidates) {
-    if (others < loadBudget_) break;
+    if (!over()) return;
     const std::size_t size = items_[index]->GetMemorySize();
     if (items_[index]->ReleaseIfWritten()) others -= size;
   }
+  // Still over: pictures that must stay take the budget. The pool is kept all the same; the
+  // next load takes its buffer instead of new memory.
 }
 
 const Conf::FrameInfo& FrameStorage::GetFrameInfo(Index index) const {

@@ -72,10 +72,11 @@ class FrameStorage : public virtual Drevin::ISerializable {
   /// Bytes of picture data held in memory.
   std::uint64_t GetSize() const;
   /// The memory budget of loads. After GetFrame has read a picture back from its file, while the
-  /// other pictures in memory take `bytes` or more, the least recently used ones whose swap file
-  /// is already written are let go (they are read back when asked for; nothing is written), never
-  /// a frame for which `keep` answers true, never one without a written file. 0 (the default)
-  /// switches this off. `keep` is called on the thread that calls GetFrame.
+  /// other pictures in memory and the pool of freed picture buffers (kelbra/Proc/BufferPool.h)
+  /// take `bytes` or more, the least recently used ones whose swap file is already written are
+  /// let go (they are read back when asked for; nothing is written), never a frame for which
+  /// `keep` answers true, never one without a written file. 0 (the default) switches this off.
+  /// `keep` is called on the thread that calls GetFrame.
   void SetLoadBudget(std::uint64_t bytes, std::function<bool(Index)> keep);
   /// The write backlog: after queueing, Swap and SwapExcept wait while the pictures queued and
   /// not yet written take more than `bytes`, so that memory stays bounded when the disk is

@@ -1,7 +1,5 @@
 // Pictures on libavutil: the pixel formats, their plane geometry and their component layout come
 // from libavutil's pixel-format descriptors; the pixel buffer is ours.
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -18,6 +16,7 @@ extern "C" {
 }
 
 #include "kelbra/Core/CoreException.h"
+#include "kelbra/Proc/BufferPool.h"
 #include "kelbra/Proc/IDataVideo.h"
 #include "kelbra/Proc/PixFmtInfo.h"
 
@@ -51,26 +50,11 @@ constexpr std::size_t kStrideAlignment = 64;
 
 AVPixelFormat ToAv(PixFmt format) { return static_cast<AVPixelFormat>(static_cast<int>(format)); }
 
-struct BufferFree {
-  void operator()(std::uint8_t* buffer) const { std::free(buffer); }
+struct BufferRelease {
+  std::size_t bytes = 0;
+  void operator()(std::uint8_t* buffer) const { Details::ReleasePictureBuffer(buffer, bytes); }
 };
-
-// Large buffers start on a huge-page boundary and ask for huge pages where the system has them:
-// a fresh 24-megapixel picture then costs a few dozen page faults instead of tens of thousands,
-// which is most of the time of loading one from a file.
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
-
-std::uint8_t* AllocateBuffer(std::size_t bytes) {
-  const bool large = bytes >= 2 * kHugePage;
-  const std::size_t alignment = large ? kHugePage : kStrideAlignment;
-  const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
-  void* buffer = nullptr;
-  if (::posix_memalign(&buffer, alignment, rounded) != 0) return nullptr;
-#ifdef MADV_HUGEPAGE
-  if (large) ::madvise(buffer, rounded, MADV_HUGEPAGE);  // advice only: failure changes nothing
-#endif
-  return static_cast<std::uint8_t*>(buffer);
-}
+using Buffer = std::unique_ptr<std::uint8_t, BufferRelease>;
 
 class FFPicture final : public RefCounted<IDataVideo> {
  public:
@@ -84,7 +68,7 @@ class FFPicture final : public RefCounted<IDataVideo> {
             std::size_t bufferSize)
       : format_(format), info_(info), planes_(std::move(planes)), bufferSize_(bufferSize) {}
 
-  void Own(std::unique_ptr<std::uint8_t, BufferFree> buffer) { buffer_ = std::move(buffer); }
+  void Own(Buffer buffer) { buffer_ = std::move(buffer); }
   void KeepAlive(IDataVideoConstPtr parent) { parent_ = std::move(parent); }
 
   PixFmt GetPixFmt() const override { return format_; }
@@ -123,7 +107,7 @@ class FFPicture final : public RefCounted<IDataVideo> {
   std::size_t bufferSize_;
   std::int64_t position_ = 0;
   std::int64_t duration_ = 0;
-  std::unique_ptr<std::uint8_t, BufferFree> buffer_;
+  Buffer buffer_;
   IDataVideoConstPtr parent_;
 };
 
@@ -355,9 +339,9 @@ IDataVideoPtr DataVideoFF::Create(PixFmt format, const Conf::FrameInfo& info,
     planes.push_back({nullptr, static_cast<std::ptrdiff_t>(stride), layout});
     bytes += stride * layout.rowCount;
   }
-  std::unique_ptr<std::uint8_t, BufferFree> buffer;
+  Buffer buffer(nullptr, BufferRelease{bytes});
   if (bytes > 0) {
-    buffer.reset(AllocateBuffer(bytes));
+    buffer.reset(Details::AcquirePictureBuffer(bytes));
     if (!buffer) {
       throw Core::CoreException("Cannot allocate " + std::to_string(bytes) + " bytes for a " +
                                 GetPixFmtName(format) + " picture");

@@ -148,7 +148,8 @@ class DataVideoFF {
   /// other, rows without padding), which must stay alive as long as the picture. Throws
   /// Core::CoreException for a format libavutil does not describe, a hardware or bitstream
   /// format, or a geometry that cannot be allocated. A picture of zero width or height has no
-  /// pixels but is a valid picture.
+  /// pixels but is a valid picture. The pixels of a new picture are unspecified: large buffers
+  /// are reused from the pool of freed ones (BufferPool.h).
   static IDataVideoPtr Create(PixFmt format, const Conf::FrameInfo& info,
                               std::uint8_t* externalBuffer = nullptr);
 };
