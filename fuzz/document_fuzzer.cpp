@@ -1,5 +1,5 @@
 // Feeds arbitrary text to a fresh document as its saved form. The swap directory holds the real
-// swap files of the sample sessions (written once at start-up), so that mutated saves find real
+// swap files of the sample sessions (made once at start-up), so that mutated saves find real
 // pictures and masks under the names they mention.
 //
 // Every input must end in a loaded document or in one of the documented exceptions:
@@ -8,21 +8,22 @@
 // (ExerciseDocument: every query, undo and redo while enabled, one edit of each kind); that may
 // fail with the same exceptions only.
 //
-// The document may delete swap files (undo and redo of mask strokes replace them, a failed
-// storage removes its directory); the directory is restored before each input.
+// Each input gets a fresh copy of the swap files in a fresh swap directory, beside a sentinel
+// folder (ScratchArea.h). The document may delete swap files (undo and redo of mask strokes
+// replace them) and a failed storage removes its whole directory; nothing is restored over what
+// the input did, and afterwards nothing outside the swap directory may have been touched.
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include <glog/logging.h>
 
+#include "ScratchArea.h"
 #include "canvaro/Undo/ICanvaroUndo.h"
 #include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/CoreException.h"
@@ -39,51 +40,14 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 namespace fs = std::filesystem;
 
-// The swap directory with the sample sessions' files, and their bytes for restoring them.
-class SwapDirectory {
- public:
-  SwapDirectory() {
-    canvaro_test::WriteSampleDocuments(dir_.path());
-    for (const auto& entry : fs::directory_iterator(dir_.path().native())) {
-      std::ifstream in(entry.path(), std::ios::binary);
-      files_[entry.path().filename().string()] =
-          std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
-  }
-
-  const ioPath& path() const { return dir_.path(); }
-
-  // Back to the files written at start-up, and nothing else.
-  void Restore() const {
-    const fs::path& root = dir_.path().native();
-    std::error_code error;
-    fs::create_directories(root, error);
-    for (const auto& entry : fs::directory_iterator(root, error)) {
-      const auto known = files_.find(entry.path().filename().string());
-      if (known == files_.end() || !entry.is_regular_file(error) ||
-          entry.file_size(error) != known->second.size()) {
-        fs::remove_all(entry.path(), error);
-      }
-    }
-    for (const auto& [name, bytes] : files_) {
-      if (fs::exists(root / name, error)) continue;
-      std::ofstream(root / name, std::ios::binary)
-          .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    }
-  }
-
- private:
-  canvaro_test::TempDir dir_;
-  std::map<std::string, std::string> files_;
-};
-
-// Made once at start-up; removed with its files when the fuzzer exits normally.
-std::unique_ptr<const SwapDirectory> swapDirectory;
+std::unique_ptr<canvaro_fuzz::ScratchArea> area;
+std::map<std::string, std::string> swapFiles;  // written at start-up: name -> bytes
 
 void LoadAndExercise(std::string_view text) {
   const Core::Property tree = Core::PropertySerializer::FromString(text);
-  ICanvaroUndoPtr doc = ICanvaroUndo::Create(
-      swapDirectory->path(), [n = 0]() mutable { return "fuzz_" + std::to_string(n++) + ".raw"; });
+  ICanvaroUndoPtr doc = ICanvaroUndo::Create((*area / "swap").string(), [n = 0]() mutable {
+    return "fuzz_" + std::to_string(n++) + ".raw";
+  });
   doc->Deserialize(Drevin::SerializerProperty::Create(tree));
   canvaro_test::ExerciseDocument(*doc);
 }
@@ -92,16 +56,26 @@ void LoadAndExercise(std::string_view text) {
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   FLAGS_minloglevel = google::GLOG_FATAL;
-  swapDirectory = std::make_unique<const SwapDirectory>();
+  area = std::make_unique<canvaro_fuzz::ScratchArea>(std::set<std::string>{"swap"});
+  const canvaro_test::TempDir seeds;
+  canvaro_test::WriteSampleDocuments(seeds.path());
+  for (const auto& entry : fs::directory_iterator(seeds.path().native())) {
+    swapFiles[entry.path().filename().string()] = canvaro_fuzz::ReadBytes(entry.path());
+  }
   return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  swapDirectory->Restore();
+  const fs::path swap = *area / "swap";
+  fs::remove_all(swap);
+  fs::create_directory(swap);
+  for (const auto& [name, bytes] : swapFiles) canvaro_fuzz::WriteBytes(swap / name, bytes);
+  area->Arm();
   try {
     LoadAndExercise(std::string_view(reinterpret_cast<const char*>(data), size));
   } catch (const CanvaroException&) {
   } catch (const Core::CoreException&) {
   }
+  area->Check();
   return 0;
 }

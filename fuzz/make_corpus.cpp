@@ -1,16 +1,24 @@
-// Writes the seed corpora of the document and raw frame fuzzers from real saves:
+// Writes the seed corpora of the fuzzers from real saves:
 //   <corpus>/document/<session>.json   the sample sessions' saved documents (their swap files
 //                                      are rewritten by the fuzzer at start-up)
 //   <corpus>/raw_frame/<format>.raw    small pictures of several layouts, written by SaveRawFrame
+//   <corpus>/package/<session>         packages of the sample sessions in the package fuzzer's
+//                                      sections: document, manifest (with "$SIZE:" and "$XXH3:"
+//                                      fields) and the pictures the document names
+//   <corpus>/tool_document/<session>.json  the saved documents again (the tool fuzzer's package
+//                                      holds the swap files), and one naming a file outside
 // Usage: make_fuzz_corpus <corpus directory>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "ScratchArea.h"
 #include "canvaro/CoreUtil/RawFrame.h"
 #include "kelbra/Core/DataString.h"
 #include "support/Pictures.h"
@@ -44,10 +52,35 @@ int main(int argc, char** argv) {
   const fs::path corpus = argv[1];
   fs::create_directories(corpus / "document");
   fs::create_directories(corpus / "raw_frame");
+  fs::create_directories(corpus / "package");
+  fs::create_directories(corpus / "tool_document");
 
   canvaro_test::TempDir swap;
-  for (const auto& saved : canvaro_test::WriteSampleDocuments(swap.path())) {
+  const auto saves = canvaro_test::WriteSampleDocuments(swap.path());
+  std::map<std::string, std::string> swapFiles;
+  for (const auto& entry : fs::directory_iterator(swap.path().native())) {
+    swapFiles[entry.path().filename().string()] = canvaro_fuzz::ReadBytes(entry.path());
+  }
+  for (const auto& saved : saves) {
     WriteFile(corpus / "document" / (saved.name + ".json"), saved.text);
+    WriteFile(corpus / "tool_document" / (saved.name + ".json"), saved.text);
+    if (saved.name == "no_step_list") continue;  // as "session" for the package fuzzer
+    std::set<std::string> named;
+    std::string pictures;
+    for (const auto& [name, bytes] : swapFiles) {
+      if (saved.text.find('"' + name + '"') == std::string::npos) continue;
+      named.insert(name);
+      pictures += "\n=== " + name + "\n" + bytes;
+    }
+    WriteFile(
+        corpus / "package" / saved.name,
+        saved.text + "\n=== manifest.json\n" + canvaro_fuzz::ManifestTemplate(named) + pictures);
+    if (saved.name == "source_only") {
+      std::string outside = saved.text;
+      const std::string first = '"' + *named.begin() + '"';
+      outside.replace(outside.find(first), first.size(), "\"../../sentinel/a.raw\"");
+      WriteFile(corpus / "tool_document" / "outside.json", outside);
+    }
   }
 
   struct Sample {

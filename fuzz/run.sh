@@ -13,7 +13,7 @@ build="$root/build-fuzz"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=clang++ \
   -DCANVARO_SANITIZE="address;undefined" -DCANVARO_BUILD_FUZZERS=ON \
   -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
-  -DCANVARO_BUILD_TESTS=OFF -DCANVARO_BUILD_TOOLS=OFF >/dev/null
+  -DCANVARO_BUILD_TESTS=OFF -DCANVARO_BUILD_TOOLS=ON >/dev/null
 cmake --build "$build"
 export ASAN_OPTIONS="detect_leaks=1:halt_on_error=1"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"

@@ -1,6 +1,7 @@
 // canvaro inspect on a demo document: the JSON model against what the demo did, the text form,
 // and documents that the library itself could not load.
 #include <filesystem>
+#include <fstream>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -87,6 +88,23 @@ TEST_F(InspectCommandTest, ShowsMissingFilesAndStepsWithAHostsEffects) {
   EXPECT_EQ(text.status, 0);
   EXPECT_THAT(text.out, HasSubstr("MISSING"));
   EXPECT_THAT(text.out, HasSubstr("1 effect(s) HostSharpen"));
+}
+
+TEST_F(InspectCommandTest, AFileNameCountsByItsLastComponentOnly) {
+  const auto dir = FreshCopy();
+  std::ofstream(dir / "outside.raw") << "not in the swap directory";
+  const std::string file = InspectJson(dir)["items"]["list"][0]["frame"]["file"];
+  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
+  auto& records = std::get<Kelbra::Core::Property::Collection>(
+      tree.GetChild("Frames").Find("StorageItems")->value);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    auto& item = records[i].GetChild("StorageItem");
+    if (item.GetString("FileName") == file) item.SetString("FileName", "../outside.raw");
+  }
+  WriteTree(tree, dir / "document.json");
+  const Json after = InspectJson(dir);
+  EXPECT_EQ(after["items"]["list"][0]["frame"]["state"], "missing");
+  EXPECT_EQ(after["frames"]["missing"], 1);
 }
 
 }  // namespace

@@ -42,6 +42,14 @@ TEST_F(VerifyCommandTest, AWholeDocumentPasses) {
   // --load: the library opens the package and walks every step.
   const ToolRun loaded = RunTool({"verify", Demo().string(), "--load"});
   EXPECT_EQ(loaded.status, 0) << loaded.out << loaded.err;
+  // A step index of -1 (a document without a step saves it) leaves undo enabled with nothing
+  // to undo: the walk still ends.
+  const fs::path dir = FreshCopy();
+  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
+  tree.GetChild("UndoManager").SetInt("Index", -1);
+  WriteTree(tree, dir / "document.json");
+  const ToolRun unstarted = RunTool({"verify", dir.string(), "--load"});
+  EXPECT_EQ(unstarted.status, 0) << unstarted.out << unstarted.err;
 }
 
 TEST_F(VerifyCommandTest, AFlippedByteInAPictureIsFoundByItsChecksum) {

@@ -2,12 +2,14 @@
 // one JSON model built from the saved tree and the swap directory, so they always agree.
 #include <iomanip>
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "SavedDocument.h"
+#include "SwapFiles.h"
 #include "ToolError.h"
 
 namespace canvaro_tool {
@@ -35,10 +37,11 @@ Json FrameJson(const DocumentModel& model, const fs::path& swapDirectory, std::i
     frame["state"] = "no picture";
     return frame;
   }
+  // Only the name's last component counts, as in the library: nothing outside is looked at.
   std::error_code error;
-  const fs::path path = swapDirectory / record->fileName;
-  if (fs::is_regular_file(path, error)) {
-    frame["bytesOnDisk"] = fs::file_size(path, error);
+  const std::optional<fs::path> path = SwapFilePath(swapDirectory, record->fileName);
+  if (path && fs::is_regular_file(*path, error)) {
+    frame["bytesOnDisk"] = fs::file_size(*path, error);
     frame["state"] = "present";
   } else {
     frame["state"] = "missing";

@@ -21,8 +21,10 @@ namespace canvaro_tool {
 namespace {
 
 // Opens the package in a scratch swap directory and walks every step back and forth, reading
-// every picture; the first failure, or "" when all went well.
-std::string OpenAndWalk(const DocumentPaths& paths) {
+// every picture; the first failure, or "" when all went well. At most `steps` undos and as many
+// redos: a loaded step list may claim a step to undo where there is none (saved index -1, as in a
+// document without a step), and Undo then does nothing.
+std::string OpenAndWalk(const DocumentPaths& paths, std::size_t steps) {
   if (!paths.package) return "--load needs a document package (a folder with a manifest)";
   namespace fs = std::filesystem;
   std::string pattern = (fs::temp_directory_path() / "canvaro-verify-XXXXXX").string();
@@ -41,9 +43,9 @@ std::string OpenAndWalk(const DocumentPaths& paths) {
       }
     };
     readAll();
-    while (document->IsUndoEnabled()) document->Undo();
+    for (std::size_t i = 0; i < steps && document->IsUndoEnabled(); ++i) document->Undo();
     readAll();
-    while (document->IsRedoEnabled()) {
+    for (std::size_t i = 0; i < steps && document->IsRedoEnabled(); ++i) {
       document->Redo();
       readAll();
     }
@@ -108,7 +110,8 @@ int RunVerify(const VerifyOptions& options) {
     }
   }
   if (options.load && problems.empty()) {
-    if (std::string failure = OpenAndWalk(paths); !failure.empty()) problems.push_back(failure);
+    if (std::string failure = OpenAndWalk(paths, model.steps.size()); !failure.empty())
+      problems.push_back(failure);
   }
   for (const std::string& problem : problems) std::cout << problem << "\n";
   if (!problems.empty()) {
