@@ -123,7 +123,10 @@ void CanvaroUndo::Release() const {
 
 // ---- steps ----
 
-bool CanvaroUndo::IsUndoEnabled() const { return manager_->IsUndoEnabled(); }
+bool CanvaroUndo::IsUndoEnabled() const {
+  // The manager answers true without steps; the document asks it only once a step exists.
+  return manager_->GetStepCount() > 0 && manager_->IsUndoEnabled();
+}
 bool CanvaroUndo::IsRedoEnabled() const { return manager_->IsRedoEnabled(); }
 void CanvaroUndo::Undo() { manager_->Undo(); }
 void CanvaroUndo::Redo() { manager_->Redo(); }

@@ -104,8 +104,8 @@ class ICanvaroUndo : public virtual IRefCountable,
 
   // ---- steps ----
 
-  /// False at the base step (and on a document whose first step does not exist yet: ask
-  /// GetVideoCount() first).
+  /// False at the base step and on a document without steps (before its first edit), so that
+  /// `while (IsUndoEnabled()) Undo();` always ends.
   virtual bool IsUndoEnabled() const = 0;
   virtual bool IsRedoEnabled() const = 0;
   /// Undoes the current step of every part it touched; the observers hear once, at the end. Does

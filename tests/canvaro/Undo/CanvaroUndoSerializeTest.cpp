@@ -126,6 +126,10 @@ class CanvaroUndoSerializeTest : public DocumentTest {
 };
 
 TEST_F(CanvaroUndoSerializeTest, ALoadedDocumentMatchesStepByStep) {
+  // Without steps there is nothing to undo, before the first edit and after loading that state:
+  // a host's `while (IsUndoEnabled()) Undo();` ends.
+  EXPECT_FALSE(doc->IsUndoEnabled());
+  EXPECT_FALSE(Load(Core::PropertySerializer::FromString(Save(*doc)))->IsUndoEnabled());
   Edit();
   doc->GetUndoManager().SetCurrentTool(IToolsId::SHAPE_MARKER);
   doc->Undo();
