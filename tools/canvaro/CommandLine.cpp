@@ -48,8 +48,9 @@ settings, paints mask strokes with several brushes, places, moves, restyles and 
 every kind in transactions, and undoes and redoes across them. Then it saves the document, loads
 it into a fresh document and checks every step pixel for pixel, and prints a summary.
 
-Output: DIR/document.json (the document's text form) and DIR/swap/ (its swap files). A DIR from
-an earlier run is reused; a directory holding anything else is refused.
+Output: DIR is a document package: DIR/document.json (the document's text form), DIR/manifest.json
+(each picture's size and checksum) and DIR/pictures/. The session's swap files live in DIR/swap/
+while it runs. A DIR from an earlier run is reused; a directory holding anything else is refused.
 
 Exit status: 0 when the reloaded document matched, 1 when it did not or on an error.)";
 

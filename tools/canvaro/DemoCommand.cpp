@@ -172,6 +172,9 @@ int RunDemo(const DemoOptions& options) {
   const auto& info = source->GetFrameInfo();
   const std::uint64_t pictureBytes = std::uint64_t{4} * info.width * info.height;
   const std::uint64_t maskBytes = std::uint64_t{1} * info.width * info.height;
+  // Beside the document's pictures, a render holds its new picture and a blur two scratch copies;
+  // a stroke holds one mask.
+  constexpr std::uint64_t kToolPictures = 3;
 
   PrepareOutput(out);
   const fs::path documentFile = out / kDocumentFileName;
@@ -215,7 +218,7 @@ int RunDemo(const DemoOptions& options) {
             << " undo(s), " << counts.redos << " redo(s)\n";
 
   std::cout << "Recording every step of the session for the reload check...\n";
-  const std::vector<StepState> expected = RecordSteps(*document, times);
+  const Recorded expected{RecordSteps(*document, times), RecordItems(*document)};
 
   std::cout << "Saving...\n";
   times.Time("save", [&] { SaveDocument(*document, out); });
@@ -247,7 +250,10 @@ int RunDemo(const DemoOptions& options) {
             << "  saved:            " << out.string() << " (" << documentBytes
             << " bytes of text), " << afterSave.onDisk << " picture(s), "
             << MiB(afterSave.bytesOnDisk) << "\n"
-            << "  peak memory:      " << MiB(PeakMemory()) << "\n";
+            << "  peak memory:      " << MiB(PeakMemory()) << " (the document keeps at most "
+            << MiB(ICanvaroUndo::kMemoryThreshold)
+            << " of pictures, more only while the disk catches up; the tool renders with up to "
+            << MiB(kToolPictures * pictureBytes + maskBytes) << " of its own)\n";
   char line[64];
   std::snprintf(line, sizeof line, "  total time:       %.2f s\n", elapsed.count());
   std::cout << line << "  time per operation:\n";
