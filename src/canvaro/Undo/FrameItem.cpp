@@ -1,5 +1,10 @@
 #include "canvaro/Undo/FrameItem.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -86,7 +91,7 @@ bool FrameItem::ReleaseIfWritten() const {
 
 void FrameItem::Write(const Proc::IDataVideoConstPtr& picture, const ioPath& name) const {
   const Core::IDataOutputPtr out =
-      Core::DataOutputFile::Create(swapDirectory_ / name, Core::DataOutputFile::Mode::Atomic);
+      Core::DataOutputFile::Create(swapDirectory_ / name, Core::DataOutputFile::Mode::Replace);
   CoreUtil::SaveRawFrame(picture, out);
   // Closing explicitly: a full disk or a file size limit shows at the latest here.
   out->Close();
@@ -113,6 +118,7 @@ void FrameItem::ReleaseFileLocked() {
     Core::RemoveFile(swapDirectory_ / fileName_);
   }
   published_ = false;
+  synced_ = false;
   fileName_ = ioPath();
 }
 
@@ -253,6 +259,24 @@ Proc::IDataVideoPtr FrameItem::GetInMemory() const {
 bool FrameItem::IsLost() const {
   std::lock_guard lock(mutex_);
   return lost_;
+}
+
+bool FrameItem::SyncIfPublished() const {
+  std::lock_guard lock(mutex_);
+  if (!published_ || synced_ || saving_ || fileName_.empty()) return false;
+  const ioPath file = swapDirectory_ / fileName_;
+  const int fd = ::open(file.native().c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;  // not written yet, or a file the record named that is gone
+  const int result = ::fsync(fd);
+  const int error = errno;
+  ::close(fd);
+  if (result != 0) {
+    ThrowCoded(CanvaroError::SwapFileFailure,
+               "Cannot flush swap file '" + file.utf8() + "': " + std::strerror(error),
+               BOOST_CURRENT_LOCATION);
+  }
+  synced_ = true;
+  return true;
 }
 
 ioPath FrameItem::GetFileName() const {

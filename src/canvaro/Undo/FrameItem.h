@@ -47,8 +47,9 @@ class FrameItem : public Drevin::ISerializable {
   // only for an item in memory without a file name (the name is then assigned). An item whose
   // file is already on disk releases its picture instead.
   bool CheckForSave(const ioPath& candidate);
-  // Worker only: writes the picture to its file (atomically: under a temporary name, renamed
-  // when complete) and releases it. The item's mutex is not held during the write: a Reset or
+  // Worker only: writes the picture to its file (under a temporary name, renamed when complete,
+  // not flushed to the disk: SyncIfPublished does that for files a saved document names) and
+  // releases it. The item's mutex is not held during the write: a Reset or
   // Drop meanwhile makes the written file stale, and it is removed (kept when a saved document
   // names it). Never throws: returns the failure (a CanvaroException with SwapFileFailure) or an
   // empty pointer. A failed save keeps the picture in memory (see GetInMemory).
@@ -81,6 +82,10 @@ class FrameItem : public Drevin::ISerializable {
   // recent).
   std::uint64_t GetLastUse() const { return lastUse_.load(std::memory_order_relaxed); }
 
+  // Flushes the swap file to the disk if a saved document names it (Serialize) and it is
+  // written but not flushed yet; true when it did. Throws CanvaroException (SwapFileFailure)
+  // when the flush fails.
+  bool SyncIfPublished() const;
   // The picture if it is in memory, without loading it; empty otherwise. Also a picture whose
   // save failed.
   Proc::IDataVideoPtr GetInMemory() const;
@@ -121,6 +126,8 @@ class FrameItem : public Drevin::ISerializable {
   mutable std::uint64_t generation_ = 0;
   // A stale write whose file a saved document names: the worker keeps it.
   mutable bool keepStaleWrite_ = false;
+  // The file was flushed to the disk since it was named.
+  mutable bool synced_ = false;
   // A load failed: the picture is gone.
   mutable bool lost_ = false;
   mutable std::atomic<std::size_t> memorySize_{0};

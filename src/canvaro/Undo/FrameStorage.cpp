@@ -301,9 +301,23 @@ void FrameStorage::SerializeItem(Index index, const Drevin::ISerializerPtr& seri
 Index FrameStorage::GetCount() const { return static_cast<Index>(items_.size()); }
 
 void FrameStorage::WaitForPendingSaves() const {
-  std::unique_lock queue(queueMutex_);
-  const std::uint64_t queued = queuedBatches_;
-  doneCondition_.wait(queue, [&] { return finishedBatches_ >= queued; });
+  {
+    std::unique_lock queue(queueMutex_);
+    const std::uint64_t queued = queuedBatches_;
+    doneCondition_.wait(queue, [&] { return finishedBatches_ >= queued; });
+  }
+  // Swap files are written without flushing them to the disk; the ones a saved document names
+  // are flushed now, so that the document survives a power loss.
+  try {
+    bool synced = false;
+    for (const auto& item : items_) {
+      if (item && item->SyncIfPublished()) synced = true;
+    }
+    if (synced) Core::SyncDir(swapDirectory_);
+  } catch (const std::exception& e) {
+    CANVARO_LOG(ERROR) << e.what();
+    Fail(e.what());
+  }
 }
 
 bool FrameStorage::IsFailed() const { return failed_.load(); }

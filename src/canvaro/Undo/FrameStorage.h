@@ -106,7 +106,10 @@ class FrameStorage : public virtual Drevin::ISerializable {
 
   /// Number of frames.
   Index GetCount() const;
-  /// Blocks until the worker has written every batch queued so far.
+  /// Blocks until the worker has written every batch queued so far, then flushes to the disk the
+  /// swap files that a record names (Serialize, SerializeItem), so that a saved document
+  /// survives a power loss. Other swap files are scratch and never flushed. A failed flush fails
+  /// the storage (IsFailed).
   void WaitForPendingSaves() const;
   /// True once a save or a load has failed.
   bool IsFailed() const;

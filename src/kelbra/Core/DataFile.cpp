@@ -59,8 +59,9 @@ class OutputFile final : public RefCounted<IDataOutput> {
  public:
   OutputFile(const ioPath& target, DataOutputFile::Mode mode)
       : target_(target.string()),
-        writePath_(mode == DataOutputFile::Mode::Atomic ? TemporaryNameFor(target) : target_),
-        atomic_(mode == DataOutputFile::Mode::Atomic),
+        writePath_(mode != DataOutputFile::Mode::Direct ? TemporaryNameFor(target) : target_),
+        atomic_(mode != DataOutputFile::Mode::Direct),
+        durable_(mode == DataOutputFile::Mode::Atomic),
         uncaught_(std::uncaught_exceptions()) {
     fd_ = ::open(writePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd_ < 0) ThrowFileError("create", target_, errno);
@@ -115,7 +116,7 @@ class OutputFile final : public RefCounted<IDataOutput> {
     }
     // An atomic file is flushed to the disk before it replaces the target, and the folder after,
     // so that after a crash the target is the old file or the new one, whole.
-    if (atomic_ && ::fsync(fd_) != 0) {
+    if (durable_ && ::fsync(fd_) != 0) {
       const int error = errno;
       Abandon();
       ThrowFileError("flush", target_, error);
@@ -132,7 +133,7 @@ class OutputFile final : public RefCounted<IDataOutput> {
       ::unlink(writePath_.c_str());
       ThrowFileError("rename into place", target_, error);
     }
-    if (atomic_) SyncDirectory(ioPath(target_).parent_path().string(), target_);
+    if (durable_) SyncDirectory(ioPath(target_).parent_path().string(), target_);
   }
 
   std::string GetName() const override { return target_; }
@@ -187,6 +188,7 @@ class OutputFile final : public RefCounted<IDataOutput> {
   std::string target_;
   std::string writePath_;
   bool atomic_;
+  bool durable_;
   int uncaught_;
   int fd_ = -1;
   std::vector<char> buffer_;

@@ -28,6 +28,11 @@ class DataOutputFile {
     /// the target is either the old file or the new one, complete. A failed stream leaves
     /// nothing.
     Atomic,
+    /// Writes into a temporary file beside the target and renames it into place on Close,
+    /// without flushing it to the disk: no reader ever sees a partial file, but after a power
+    /// loss the target may be missing or incomplete. For scratch files that are flushed later,
+    /// when something comes to depend on them. A failed stream leaves nothing.
+    Replace,
   };
   // A stream dropped without Close completes the file as Close would (the failure, if any, is
   // logged through glog once the host has set it up), unless it is dropped while an exception

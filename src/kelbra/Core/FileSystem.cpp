@@ -1,5 +1,10 @@
 #include "kelbra/Core/FileSystem.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -8,7 +13,8 @@
 namespace Kelbra::Core {
 
 namespace {
-[[noreturn]] void ThrowRemoveError(const char* what, const ioPath& path, const std::error_code& ec) {
+[[noreturn]] void ThrowRemoveError(const char* what, const ioPath& path,
+                                   const std::error_code& ec) {
   throw FileException(std::string("Cannot remove ") + what + " '" + path.string() +
                       "': " + ec.message());
 }
@@ -34,6 +40,18 @@ bool RemoveDir(const ioPath& directory) {
   std::filesystem::remove_all(directory.native(), ec);
   if (ec) ThrowRemoveError("directory", directory, ec);
   return true;
+}
+
+void SyncDir(const ioPath& directory) {
+  const int fd = ::open(directory.empty() ? "." : directory.native().c_str(),
+                        O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int result = fd < 0 ? -1 : ::fsync(fd);
+  const int error = errno;
+  if (fd >= 0) ::close(fd);
+  if (result != 0) {
+    throw FileException("Cannot flush the folder '" + directory.string() +
+                        "': " + std::strerror(error));
+  }
 }
 
 }  // namespace Kelbra::Core

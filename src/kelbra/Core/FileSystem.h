@@ -1,5 +1,6 @@
 /// \file
-/// File and directory removal with the platform's error reporting.
+/// File and directory removal, and flushing a directory's entries, with the platform's error
+/// reporting.
 #pragma once
 
 #include "kelbra/Path.h"
@@ -13,5 +14,9 @@ bool RemoveFile(const ioPath& file);
 /// Removes a directory with everything in it. Returns false when it did not exist; throws
 /// FileException when something could not be removed.
 bool RemoveDir(const ioPath& directory);
+
+/// Flushes the entries of `directory` (new files, renames, removals) to the disk; throws
+/// FileException naming the directory and the reason.
+void SyncDir(const ioPath& directory);
 
 }  // namespace Kelbra::Core
