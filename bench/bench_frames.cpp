@@ -3,7 +3,9 @@
 // the same bytes to and from the same disk in the same run.
 //
 //   BaselineWrite       open, write() in 1 MiB pieces, close
-//   SaveRawFrame        the same bytes as a raw frame file, Direct and Atomic
+//   SaveRawFrame        the same bytes as a raw frame file: direct, replace (a temporary file
+//                       renamed into place, as swap files are written) and atomic (the same,
+//                       flushed to the disk: the price of durability)
 //   BaselineRead        open, read() in 1 MiB pieces into a buffer already in memory
 //   BaselineReadFresh   the same into a newly allocated buffer of the kind pictures get (huge
 //                       pages for large ones), as a loader must
@@ -163,7 +165,9 @@ void BaselineWrite(benchmark::State& state) {
 
 void SaveRawFrame(benchmark::State& state) {
   const auto mode = static_cast<Core::DataOutputFile::Mode>(state.range(2));
-  state.SetLabel(mode == Core::DataOutputFile::Mode::Atomic ? "atomic" : "direct");
+  state.SetLabel(mode == Core::DataOutputFile::Mode::Atomic    ? "atomic"
+                 : mode == Core::DataOutputFile::Mode::Replace ? "replace"
+                                                               : "direct");
   const Conf::FrameInfo info = InfoOf(state);
   Picture(info);
   const ioPath path = Dir() / "frame.raw";
@@ -265,7 +269,8 @@ void Sizes(benchmark::internal::Benchmark* b) {
 }
 void SizesAndModes(benchmark::internal::Benchmark* b) {
   for (const Conf::FrameInfo& info : {kInfo, kSmallInfo}) {
-    for (const auto mode : {Core::DataOutputFile::Mode::Direct, Core::DataOutputFile::Mode::Atomic})
+    for (const auto mode : {Core::DataOutputFile::Mode::Direct, Core::DataOutputFile::Mode::Replace,
+                            Core::DataOutputFile::Mode::Atomic})
       b->Args({info.width, info.height, static_cast<int>(mode)});
   }
 }
