@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <random>
 #include <utility>
@@ -114,6 +115,19 @@ void SaveDocument(const ICanvaroUndo& document, const ioPath& folder) {
   std::map<std::string, std::string> renamed;  // swap file name -> picture name
   Manifest named;                              // the pictures the new document names
   std::vector<ioPath> added;
+  // Makes a new picture of the package under a fresh name through `make`, which returns false
+  // when the name is taken; records it in the manifest.
+  const auto AddPicture = [&](const std::function<bool(const std::string&)>& make) {
+    for (int draw = 0; draw < kMaxNameDraws; ++draw) {
+      const std::string candidate = NewPictureName(random);
+      if (!make(candidate)) continue;
+      added.push_back(pictures / candidate);
+      named[candidate] = Describe(pictures / candidate);
+      return candidate;
+    }
+    ThrowCoded(CanvaroError::InvalidState, "No free picture name in '" + pictures.utf8() + "'",
+               BOOST_CURRENT_LOCATION);
+  };
   try {
     ForEachPictureName(tree, [&](std::string& name) {
       const auto done = renamed.find(name);
@@ -133,17 +147,9 @@ void SaveDocument(const ICanvaroUndo& document, const ioPath& folder) {
           renamed.emplace(name, name);
           return;
         }
-        std::string rescued;
-        for (int draw = 0; rescued.empty(); ++draw) {
-          if (draw == kMaxNameDraws) {
-            ThrowCoded(CanvaroError::InvalidState,
-                       "No free picture name in '" + pictures.utf8() + "'", BOOST_CURRENT_LOCATION);
-          }
-          const std::string candidate = NewPictureName(random);
-          if (WritePicture(picture, pictures / candidate)) rescued = candidate;
-        }
-        added.push_back(pictures / rescued);
-        named[rescued] = Describe(pictures / rescued);
+        const std::string rescued = AddPicture([&](const std::string& candidate) {
+          return WritePicture(picture, pictures / candidate);
+        });
         renamed.emplace(name, rescued);
         name = rescued;
         return;
@@ -159,16 +165,8 @@ void SaveDocument(const ICanvaroUndo& document, const ioPath& folder) {
         }
       }
       if (picture.empty()) {
-        for (int draw = 0; picture.empty(); ++draw) {
-          if (draw == kMaxNameDraws) {
-            ThrowCoded(CanvaroError::InvalidState,
-                       "No free picture name in '" + pictures.utf8() + "'", BOOST_CURRENT_LOCATION);
-          }
-          const std::string candidate = NewPictureName(random);
-          if (LinkOrCopy(source, pictures / candidate)) picture = candidate;
-        }
-        added.push_back(pictures / picture);
-        named[picture] = Describe(pictures / picture);
+        picture = AddPicture(
+            [&](const std::string& candidate) { return LinkOrCopy(source, pictures / candidate); });
       }
       renamed.emplace(name, picture);
       name = picture;
