@@ -158,33 +158,16 @@ TEST_F(FrameStorageTest, LogsEachSwapBatch) {
   EXPECT_THAT(log_.Messages(), ElementsAre("Trying to load f2", "Loading f2 done"));
 }
 
-TEST_F(FrameStorageTest, ResetAndTruncateDeleteSwapFiles) {
-  FrameStorage storage(dir_.path(), names_.Generator());
-  for (unsigned i = 0; i < 4; ++i) storage.AddFrame(Picture(i));
-  storage.SwapExcept({});
-  storage.WaitForPendingSaves();
-
-  const auto fresh = Picture(9, {2, 2, 1, 1});
-  EXPECT_EQ(storage.Reset(1, fresh), fresh);
-  EXPECT_FALSE((dir_ / "f1").exists());
-  EXPECT_EQ(storage.GetFrame(1), fresh);
-  EXPECT_EQ(storage.GetFrameInfo(1), fresh->GetFrameInfo());
-
-  storage.Truncate(2);
-  EXPECT_EQ(storage.GetCount(), 2u);
-  EXPECT_FALSE((dir_ / "f2").exists());
-  EXPECT_FALSE((dir_ / "f3").exists());
-  EXPECT_TRUE((dir_ / "f0").exists());
-  storage.Truncate(5);  // beyond the end: nothing to drop
-  EXPECT_EQ(storage.AddFrame(Picture(5)), 2u);
-}
-
 // The caller goes on while the worker writes: pictures read, replaced and dropped during writes
-// come out right and leave no stale file behind; with a write backlog, swapping returns only
+// come out right, and every swap file but those of the remaining frames is deleted, stale ones
+// included; with a write backlog, swapping returns only
 // once no more than the backlog is unwritten.
 TEST_F(FrameStorageTest, EditsDuringWritesLeaveNoStaleFilesAndTheBacklogBoundsMemory) {
   const Conf::FrameInfo big{512, 512, 1, 1};
-  const auto picture = [&](unsigned seed) { return Picture(seed, big); };
+  // Replacements (seeds from 1000) are smaller: the geometry follows the picture.
+  const auto picture = [&](unsigned seed) {
+    return Picture(seed, seed < 1000 ? big : Conf::FrameInfo{256, 128, 1, 1});
+  };
   FrameStorage storage(dir_.path(), names_.Generator());
   const std::uint64_t one = picture(0)->GetBufferSize();
   storage.SetWriteBacklog(one);
@@ -199,11 +182,15 @@ TEST_F(FrameStorageTest, EditsDuringWritesLeaveNoStaleFilesAndTheBacklogBoundsMe
     switch (random() % 3) {
       case 0:
         seeds[victim] = 1000 + round;
-        storage.Reset(victim, picture(seeds[victim]));
+        EXPECT_EQ(PackedBytes(*storage.Reset(victim, picture(seeds[victim]))),
+                  PackedBytes(*picture(seeds[victim])));
+        EXPECT_EQ(storage.GetFrameInfo(victim).height, 128);
         break;
       case 1:
         storage.Truncate(victim + 1);
+        storage.Truncate(victim + 5);  // beyond the end: nothing to drop
         seeds.resize(victim + 1);
+        EXPECT_EQ(storage.GetCount(), seeds.size());
         break;
       default:
         EXPECT_EQ(PackedBytes(*storage.GetFrame(victim)), PackedBytes(*picture(seeds[victim])));
