@@ -23,10 +23,9 @@
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/DocumentTest.h"
 #include "support/ExerciseDocument.h"
-#include "support/LogCapture.h"
 #include "support/SampleDocuments.h"
-#include "support/TempDir.h"
 
 namespace {
 
@@ -36,20 +35,6 @@ using namespace canvaro_test;
 namespace fs = std::filesystem;
 
 constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
-
-Proc::IDataVideoPtr Picture(std::uint8_t value, std::int32_t width = 8, std::int32_t height = 6) {
-  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {width, height, 1, 1});
-  picture->Fill(Proc::Color(value, value, value, 255));
-  return picture;
-}
-
-SettingsCore Settings(const std::string& package) {
-  SettingsCore settings;
-  settings.GetEffectsSettings().GetPackage().SetName(package);
-  return settings;
-}
-
-MaskInfo NoMask() { return MaskInfo(); }
 
 ICanvaroUndoPtr MakeDocument(const ioPath& swap) {
   return ICanvaroUndo::Create(swap, [n = 0]() mutable { return "f" + std::to_string(n++); });
