@@ -3,12 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CanvaroUndoFixture.h"
 #include "canvaro/Undo/IUndoManager.h"
 #include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/foundation/ToolsId.h"
 #include "canvaro/shapes/LineInfo.h"
 #include "canvaro/shapes/RectangleInfo.h"
+#include "support/DocumentTest.h"
 #include "support/TestEffect.h"
 #include "support/TestPainter.h"
 
@@ -226,13 +226,6 @@ TEST_F(CanvaroUndoEditTest, SetSavedMarksMaskAndOneShapeAndAlwaysTellsTheHost) {
   EXPECT_FALSE(doc->IsSaved());
   doc->SetSaved(true);
   EXPECT_TRUE(doc->IsSaved());
-}
-
-TEST_F(CanvaroUndoEditTest, UnregisteredObserversHearNothing) {
-  doc->UnregisterEventHandler(&observer);
-  TwoSteps();
-  doc->Undo();
-  EXPECT_THAT(observer.log, IsEmpty());
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CanvaroUndoFixture.h"
+#include "support/DocumentTest.h"
 
 namespace {
 

@@ -224,24 +224,6 @@ TEST_F(MaskUndoTest, NewStrokeAfterUndoDropsTheRedoTailAndItsPictures) {
   ExpectMask(*mask, s.states[2], "after undoing it");
 }
 
-TEST_F(MaskUndoTest, ClearingTheMaskIsAStepToo) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
-  MaskInfo clear = Rect(1, 2, 1, 2);
-  clear.GetInfoEx().SetPainter(canvaro_test::TestPainter::Make(3));
-  ASSERT_TRUE(mask->PushMask(clear, nullptr));
-  ExpectMask(*mask, Model(), "cleared");
-  EXPECT_EQ(mask->GetInfo().GetInfoEx().GetPainter(), clear.GetInfoEx().GetPainter());
-  EXPECT_EQ(mask->GetInfo().GetLeft(), s.infos[4].GetLeft()) << "the rectangle stays";
-  EXPECT_FALSE(mask->PushMask(clear, nullptr)) << "nothing left to clear";
-
-  mask->UndoImpl();  // every pixel comes back, also outside the clear's rectangle
-  ExpectMask(*mask, s.states[4], "clear undone");
-  mask->RedoImpl();
-  ExpectMask(*mask, Model(), "clear redone");
-}
-
 TEST_F(MaskUndoTest, UnpaintedMaskIsDroppedAndLogged) {
   canvaro_test::LogCapture log;
   MaskUndo mask(storage_.get(), kWidth, kHeight, Model().Picture(), Rect(0, kWidth, 0, kHeight));

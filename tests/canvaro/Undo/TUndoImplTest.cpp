@@ -50,39 +50,6 @@ TEST(TUndoImplTest, MaxIndexTreatsNoIndexAsNone) {
   EXPECT_EQ(MaxIndex(0, kNoIndex), 0u);
 }
 
-TEST(TUndoImplTest, PushUndoRedoAndTheRedoTail) {
-  History history(nullptr);
-  EXPECT_EQ(history.GetCurrentIndexImpl(), kNoIndex);
-  EXPECT_TRUE(history.IsUndoEnabledImpl());  // tested against 0 only
-  EXPECT_FALSE(history.IsRedoEnabledImpl());
-
-  EXPECT_TRUE(history.Push(Note("a")));
-  EXPECT_EQ(history.GetCurrentIndexImpl(), 0u);
-  EXPECT_EQ(history.Get(0).GetFrameIndex(), kNoIndex);
-  EXPECT_FALSE(history.Get(0).GetMask());
-  EXPECT_FALSE(history.IsUndoEnabledImpl());
-
-  for (const char* text : {"b", "c", "d"}) history.Push(Note(text));
-  EXPECT_FALSE(history.IsRedoEnabledImpl());
-  history.UndoImpl();
-  EXPECT_TRUE(history.IsRedoEnabledImpl());
-  history.UndoImpl();
-  EXPECT_EQ(history.GetCurrentIndexImpl(), 1u);
-  EXPECT_TRUE(history.StayInMemory(1));
-  EXPECT_FALSE(history.StayInMemory(3));
-
-  history.Push(Note("e"));  // drops exactly c and d
-  EXPECT_THAT(Texts(history), ElementsAre("a", "b", "e"));
-  EXPECT_EQ(history.GetCurrentIndexImpl(), 2u);
-
-  history.UndoImpl();
-  history.RedoImpl();
-  history.UndoImpl();
-  history.TruncateImpl();
-  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
-  EXPECT_FALSE(history.IsRedoEnabledImpl());
-}
-
 TEST(TUndoImplTest, LastActiveFrameLooksUpToTheCursorOnly) {
   History history(nullptr);
   EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);

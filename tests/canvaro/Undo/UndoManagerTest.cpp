@@ -135,31 +135,6 @@ class UndoManagerTest : public ::testing::Test {
   Participant c_{"C", journal_, &storage_};
 };
 
-// Stepping across participants; the randomized session checks undo, redo and the redo tail of a
-// whole document at length.
-TEST_F(UndoManagerTest, StepsUndoAndRedoAcrossParticipants) {
-  EXPECT_EQ(manager_->GetCurrentStep(), -1);
-  EXPECT_FALSE(manager_->IsRedoEnabled());
-  EXPECT_EQ(manager_->GetCoreSize(), 0u);
-  Change(a_, "A1");
-  Change(b_, "B1");
-  Change(a_, "A2");
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "undo", "undo"));
-  manager_->Undo();
-  manager_->Undo();
-  EXPECT_EQ(b_.Text(), "B0");
-  EXPECT_FALSE(manager_->IsUndoEnabled());  // step 0 is the base state
-  manager_->Redo();
-  manager_->Redo();
-  EXPECT_EQ(a_.Text(), "A2");
-  EXPECT_FALSE(manager_->IsRedoEnabled());
-  manager_->Undo();
-  EXPECT_THAT(journal_, ElementsAre("A undo", "B undo", "B redo", "A redo", "A undo"));
-  Change(c_, "C1");  // drops the redo step
-  EXPECT_EQ(manager_->GetStepCount(), 3u);
-  EXPECT_FALSE(manager_->IsRedoEnabled());
-}
-
 TEST_F(UndoManagerTest, TransactionsMakeOneStepAndUndoItBackwards) {
   Change(a_, "A1");
   {
