@@ -26,16 +26,6 @@ TEST(IRenderingTypeTest, OnlyQuarterTurnsChangeTheAspect) {
   EXPECT_EQ(IRenderingType::GetTransposeAspect({100, 0, 1, 1}, Transpose(Transpose::Rotate90)), -1);
 }
 
-TEST(IRenderingTypeTest, CropScalesEachSizeByItsOwnSide) {
-  double a = 0.25;
-  double b = 0.5;
-  IRenderingType::CropImpl({200, 100, 1, 1}, {50, 20, 100, 25}, a, b);
-  EXPECT_DOUBLE_EQ(a, 0.5);  // 50 of 200 pixels is half of the 100 kept
-  EXPECT_DOUBLE_EQ(b, 2.0);  // 50 of 100 pixels is twice the 25 kept
-  IRenderingType::CropImpl({200, 100, 1, 1}, {0, 0, 0, 25}, a, b);
-  EXPECT_DOUBLE_EQ(a, 0.5) << "an empty crop changes nothing";
-}
-
 // How a turned box and its stroke scale is checked over every kind in ShapeInfoTTest.
 TEST(IRenderingTypeTest, TheStrokeNeverGetsThinnerThanOnePixel) {
   PositionType position;

@@ -99,19 +99,6 @@ TEST(PixFmtInfo, MemoryFormatsExcludeHardwareAndBitPackedFormats) {
   EXPECT_EQ(Proc::GetPixFmtName(static_cast<PixFmt>(-7)), "unknown(-7)");
 }
 
-TEST(PixFmtInfo, ChromaPlanesAreSubsampledRoundingUp) {
-  const auto layouts = Proc::GetPlaneLayouts(PixFmt::YUV420P, {7, 5, 1, 1});
-  ASSERT_EQ(layouts.size(), 3u);
-  EXPECT_EQ(layouts[0], (Proc::PlaneLayout{7, 5}));
-  EXPECT_EQ(layouts[1], (Proc::PlaneLayout{4, 3}));
-  EXPECT_EQ(layouts[2], (Proc::PlaneLayout{4, 3}));
-  const auto nv12 = Proc::GetPlaneLayouts(PixFmt::NV12, {7, 5, 1, 1});
-  EXPECT_EQ(nv12[1], (Proc::PlaneLayout{8, 3}));
-  const auto pal = Proc::GetPlaneLayouts(PixFmt::PAL8, {7, 5, 1, 1});
-  ASSERT_EQ(pal.size(), 2u);
-  EXPECT_EQ(pal[1], (Proc::PlaneLayout{1024, 1}));
-}
-
 // ---- creation ----
 
 TEST(DataVideoFF, RefusesNegativeAndHugeSizesButAcceptsEmptyOnes) {
