@@ -21,6 +21,7 @@
 #include "canvaro/settings/MaskInfo.h"
 #include "canvaro/settings/SettingsCore.h"
 #include "kelbra/Proc/IDataVideo.h"
+#include "support/Documents.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 #include "support/RecordingObserver.h"
@@ -74,29 +75,6 @@ inline Kelbra::Proc::IDataVideoPtr Painted(const Kelbra::Proc::IDataVideoPtr& ma
 // are.
 inline std::string Pixels(const Kelbra::Proc::IDataVideoPtr& picture) {
   return picture != nullptr ? PackedBytes(*picture) : std::string();
-}
-
-// Mask settings over a rectangle, with an optional painter.
-inline Kelbra::Canvaro::MaskInfo Mask(
-    std::int32_t left, std::int32_t right, std::int32_t top, std::int32_t bottom,
-    const Kelbra::Canvaro::ISettingsPainter::ConstPtr& painter = nullptr) {
-  using Kelbra::Canvaro::Blender::IBlender;
-  return Kelbra::Canvaro::MaskInfo(
-      left, right, top, bottom,
-      Kelbra::Canvaro::MaskInfo::MaskInfoEx(
-          painter,
-          IBlender::Initializer(IBlender::Initializer::MaskType(0), Kelbra::Proc::Color::Black())));
-}
-
-// The mask settings of a step without a mask: an empty rectangle.
-inline Kelbra::Canvaro::MaskInfo NoMask() { return Mask(0, 0, 0, 0); }
-
-// Settings of a step with no effect, named by its package (what a host's preset would be).
-inline Kelbra::Canvaro::SettingsCore Settings(const std::string& package, std::int32_t index = -1) {
-  Kelbra::Canvaro::SettingsCore settings;
-  settings.GetEffectsSettings().GetPackage().SetName(package);
-  settings.GetEffectsSettings().GetPackage().SetPackageIndex(index);
-  return settings;
 }
 
 // A document on a fresh swap directory, with a recording observer registered. Log capture

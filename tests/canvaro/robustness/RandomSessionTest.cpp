@@ -30,6 +30,7 @@
 #include "canvaro/shapes/TextInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Documents.h"
 #include "support/TempDir.h"
 
 // glog stamps every line with the local time through the C library's time zone code, which
@@ -45,6 +46,7 @@ namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
+using canvaro_test::Settings;
 
 constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
 constexpr std::int32_t kWidth = 8;
@@ -126,23 +128,13 @@ struct Rect {
   std::int32_t left, right, top, bottom;
 };
 
-MaskInfo MaskOver(const Rect& r) {
-  return MaskInfo(r.left, r.right, r.top, r.bottom,
-                  MaskInfo::MaskInfoEx(Blender::IBlender::Initializer(
-                      Blender::IBlender::Initializer::MaskType(0), Proc::Color::Black())));
-}
+MaskInfo MaskOver(const Rect& r) { return canvaro_test::Mask(r.left, r.right, r.top, r.bottom); }
 
 void Paint(MaskPixels& pixels, const Rect& r, std::uint8_t brush) {
   for (std::int32_t y = r.top; y < r.bottom; ++y) {
     for (std::int32_t x = r.left; x < r.right; ++x)
       pixels[static_cast<std::size_t>(y * kWidth + x)] = brush;
   }
-}
-
-SettingsCore Settings(const std::string& package) {
-  SettingsCore settings;
-  settings.GetEffectsSettings().GetPackage().SetName(package);
-  return settings;
 }
 
 ShapeInfo NewShape(ShapeType kind, double x) {
