@@ -205,38 +205,13 @@ TEST_P(MaskUndoScales, StrokesUndoAndRedoInAnyOrder) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, MaskUndoScales, ::testing::Values(1, 7));
 
-TEST_F(MaskUndoTest, NewStrokeAfterUndoDropsTheRedoTailAndItsPictures) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
-  mask->UndoImpl();
-  mask->UndoImpl();
-  const Index tail3 = mask->Get(3).GetFrameIndex();
-  const Index tail4 = mask->Get(4).GetFrameIndex();
-  const Model next = s.states[2].Painted(Rect(5, 15, 5, 15), 200);
-  ASSERT_TRUE(mask->PushMask(Rect(5, 15, 5, 15), next.Picture()));
-  EXPECT_EQ(mask->GetItemCount(), 4u);
-  EXPECT_FALSE(mask->IsRedoEnabledImpl());
-  EXPECT_EQ(storage_->GetFrame(tail3), nullptr);
-  EXPECT_EQ(storage_->GetFrame(tail4), nullptr);
-  ExpectMask(*mask, next, "after the new stroke");
-  mask->UndoImpl();
-  ExpectMask(*mask, s.states[2], "after undoing it");
-}
-
-TEST_F(MaskUndoTest, UnpaintedMaskIsDroppedAndLogged) {
-  canvaro_test::LogCapture log;
+TEST_F(MaskUndoTest, AnUnpaintedMaskIsNotStored) {
   MaskUndo mask(storage_.get(), kWidth, kHeight, Model().Picture(), Rect(0, kWidth, 0, kHeight));
-  EXPECT_THAT(log.Messages(), ElementsAre("Mask size: empty", "Mask pixel count: 0"));
   ExpectMask(mask, Model(), "blank start");
 
   // Painting on the dropped mask, then erasing it all, then stepping back and forth.
   const Model painted = Model().Painted(Rect(4, 6, 5, 8), 90);
-  log.Clear();
   ASSERT_TRUE(mask.PushMask(Rect(4, 6, 5, 8), painted.Picture()));
-  EXPECT_THAT(log.Messages(),
-              ElementsAre("Mask size: 2x3 at (4, 5)",
-                          "Mask pixel count: " + std::to_string(painted.Count(90))));
   ASSERT_TRUE(mask.PushMask(Rect(0, 10, 0, 10), Model().Picture()));
   ExpectMask(mask, Model(), "erased");
   mask.UndoImpl();
@@ -313,37 +288,6 @@ TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {
   ExpectMask(copy, s.states[0], "self copy undone");
   copy.CopyFrom(MaskUndo(storage_.get()));
   EXPECT_EQ(copy.GetItemCount(), 0u);
-}
-
-TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
-  mask->UndoImpl();  // the redo tail is saved too
-  mask->SetSaved(true);
-
-  Core::Property tree;
-  mask->Serialize(Drevin::SerializerProperty::Create(tree));
-  EXPECT_EQ(tree.GetChild("MaskCounter").GetInt64("PixelCount"),
-            static_cast<std::int64_t>(mask->GetPixelCount({})));
-  storage_->WaitForPendingSaves();
-  owner.reset();
-  storage_ = std::make_unique<FrameStorage>(dir_.path(), Names());
-  storage_->AddFrame(nullptr);  // indices in the new storage differ from the saved ones
-
-  MaskUndo loaded(storage_.get());
-  loaded.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
-  ASSERT_EQ(loaded.GetItemCount(), 5u);
-  EXPECT_EQ(loaded.GetCurrentIndexImpl(), 3u);
-  EXPECT_TRUE(loaded.IsSaved());
-  EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
-  EXPECT_EQ(loaded.GetInfo().GetTop(), s.infos[3].GetTop());
-  EXPECT_EQ(Model::Of(*Working(loaded)).bytes, s.states[3].bytes);
-  loaded.UndoImpl();
-  ExpectMask(loaded, s.states[2], "loaded, undone");
-  loaded.RedoImpl();
-  loaded.RedoImpl();
-  ExpectMask(loaded, s.states[4], "loaded, redone");
 }
 
 }  // namespace
