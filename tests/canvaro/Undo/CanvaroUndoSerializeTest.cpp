@@ -19,7 +19,7 @@
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/DocumentTest.h"
-#include "support/NotImplemented.h"
+#include "support/Errors.h"
 #include "support/TestEffect.h"
 #include "support/TestPainter.h"
 

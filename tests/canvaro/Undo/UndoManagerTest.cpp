@@ -14,6 +14,8 @@
 #include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Errors.h"
+#include "support/Outcome.h"
 #include "support/RecordingObserver.h"
 #include "support/TempDir.h"
 #include "support/TestShape.h"
@@ -343,16 +345,11 @@ TEST_F(UndoManagerTest, LoadingANameNeverMadeAvailableThrowsNamingIt) {
 
   IUndoManagerPtr loaded = UndoManager::Create(storage_);
   loaded->SetAvailableItem(&a_);
-  try {
+  const auto load = [&] {
     loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
-    FAIL() << "no exception";
-  } catch (const CanvaroException& e) {
-    const std::string* text = boost::get_error_info<TagDescription>(e);
-    ASSERT_NE(text, nullptr);
-    EXPECT_THAT(*text, HasSubstr("'B'"));
-    ASSERT_NE(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
-    EXPECT_EQ(*boost::get_error_info<TagCanvaroErrorCode>(e), CanvaroError::InvalidDocument);
-  }
+  };
+  EXPECT_THAT(canvaro_test::ErrorText<CanvaroException>(load), HasSubstr("'B'"));
+  EXPECT_EQ(canvaro_test::OutcomeOf(load), canvaro_test::Outcome::InvalidDocument);
   EXPECT_EQ(loaded->GetStepCount(), 0u);
   EXPECT_EQ(loaded->GetCurrentStep(), -1);
 }

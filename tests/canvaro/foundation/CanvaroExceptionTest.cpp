@@ -8,7 +8,7 @@
 #include <boost/exception_ptr.hpp>
 
 #include "canvaro/foundation/Throw.h"
-#include "support/NotImplemented.h"
+#include "support/Errors.h"
 
 namespace {
 

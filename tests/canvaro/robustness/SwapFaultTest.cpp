@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include "Outcome.h"
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/ICanvaroUndo.h"
 #include "canvaro/Undo/IUndoManager.h"
@@ -20,6 +19,7 @@
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/DocumentTest.h"
 #include "support/ExerciseDocument.h"
+#include "support/Outcome.h"
 #include "support/SampleDocuments.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
-#include "support/NotImplemented.h"
+#include "support/Errors.h"
 #include "support/TestEffect.h"
 
 namespace {

@@ -8,6 +8,7 @@
 #include "canvaro/shapes/ShapeInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Errors.h"
 #include "support/TestShape.h"
 
 namespace {
@@ -193,16 +194,9 @@ TEST(ShapeRecordTest, EmptyHandlesAreHarmlessAndUnknownOrMissingClassIdsAreRefus
   for (const Core::Property* node : {&nameless, &unknown}) {
     ShapeInfo read(*TestShape::Create(IToolsId::TEXT));
     const ShapeInfoBase* kept = read.GetImpl();
-    try {
-      read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(*node)));
-      ADD_FAILURE() << "no exception";
-    } catch (const CanvaroException& e) {
-      const std::string* text = boost::get_error_info<TagDescription>(e);
-      ASSERT_NE(text, nullptr);
-      if (node == &unknown) {
-        EXPECT_THAT(*text, HasSubstr("'CircleInfo'"));
-      }
-    }
+    const std::string text = canvaro_test::ErrorText<CanvaroException>(
+        [&] { read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(*node))); });
+    EXPECT_THAT(text, HasSubstr(node == &unknown ? "'CircleInfo'" : "class id ''"));
     EXPECT_EQ(read.GetImpl(), kept);
   }
 }

@@ -5,6 +5,7 @@
 
 #include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/PropertySerializer.h"
+#include "support/Errors.h"
 
 namespace {
 
@@ -54,12 +55,9 @@ TEST(SerializerPropertyTest, MissingChildAndItemAreReportedByName) {
   const Core::Property tree;
   const auto reader = Drevin::SerializerProperty::Create(tree);
   Point p;
-  try {
-    reader->ReadObject("Anchor", p);
-    FAIL() << "no exception";
-  } catch (const Core::PropertyException& e) {
-    EXPECT_THAT(e.what(), HasSubstr("'Anchor'"));
-  }
+  EXPECT_THAT(
+      canvaro_test::ErrorText<Core::PropertyException>([&] { reader->ReadObject("Anchor", p); }),
+      HasSubstr("'Anchor'"));
   EXPECT_EQ(reader->GetCollection("Corners"), nullptr);
 
   Core::Property withList;
