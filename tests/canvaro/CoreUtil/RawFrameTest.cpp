@@ -48,6 +48,7 @@ Proc::IDataVideoPtr LoadFromString(const std::string& bytes) {
 
 class RawFrameFormats : public testing::TestWithParam<PixFmt> {};
 
+// Planes follow one another whole, in plane order (PackedBytes).
 TEST_P(RawFrameFormats, FileIsHeaderThenPackedRowsAndLoadsBackEqual) {
   canvaro_test::TempDir dir;
   // Odd sizes give padded strides, and 256 pixels unpadded planes read and written whole (past
@@ -83,18 +84,7 @@ INSTANTIATE_TEST_SUITE_P(EveryMemoryFormat, RawFrameFormats,
                            return Proc::GetPixFmtName(info.param);
                          });
 
-// ---- layout details ----
-
-TEST(RawFrame, PlanarFormatWritesPlaneZeroCompletelyFirst) {
-  const auto picture = MakePatternPicture(PixFmt::YUV420P, {5, 3, 1, 1}, 1);
-  std::string bytes;
-  SaveRawFrame(picture, Core::DataOutputString::Create(bytes));
-  ASSERT_EQ(bytes.size(), 20u + 5 * 3 + 2 * (3 * 2));
-  const auto luma = picture->GetPlane(0);
-  EXPECT_EQ(std::memcmp(bytes.data() + 20 + 10, luma.GetOffsetPtr(0, 2), 5), 0);
-  EXPECT_EQ(std::memcmp(bytes.data() + 35, picture->GetPlane(1).GetOffsetPtr(0, 0), 3), 0);
-  EXPECT_EQ(std::memcmp(bytes.data() + 41, picture->GetPlane(2).GetOffsetPtr(0, 0), 3), 0);
-}
+// ---- pictures without pixels ----
 
 TEST(RawFrame, PictureWithoutRowsIsOnlyTheHeader) {
   const auto picture = Proc::DataVideoFF::Create(PixFmt::RGBA, {8, 0, 1, 1});

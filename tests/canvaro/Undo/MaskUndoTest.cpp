@@ -248,9 +248,6 @@ TEST_F(MaskUndoTest, RefusedStrokesChangeNothing) {
   empty.RedoImpl();
   EXPECT_EQ(empty.GetItemCount(), 0u);
   EXPECT_EQ(empty.GetPixelCount({}), 0u);
-  EXPECT_TRUE(empty.StayInMemory(0));
-  EXPECT_FALSE(empty.StayInMemory(1));
-  EXPECT_FALSE(empty.StayInMemory(kNoIndex));
 }
 
 TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {

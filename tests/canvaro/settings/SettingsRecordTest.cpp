@@ -176,7 +176,6 @@ TEST(SettingsDefaultsTest, NewRecordsHoldTheDocumentedDefaults) {
   EXPECT_TRUE(EffectsSettings(nullptr).EffectsConst().empty());
   EXPECT_EQ(TestEffect::Make("Blur")->GetImplName(), "default");
   EXPECT_FALSE(TestEffect::Make("Blur")->IsAdditive());
-  EXPECT_EQ(SettingsCore::UNDO_FRAME_INFO, "tagUndoFrameInfo");
 }
 
 TEST(SettingsEqualityTest, EveryBlenderFieldCounts) {
