@@ -24,13 +24,10 @@
 
 #include "canvaro/Undo/ICanvaroUndo.h"
 #include "canvaro/foundation/CanvaroException.h"
-#include "canvaro/shapes/EllipseInfo.h"
-#include "canvaro/shapes/LineInfo.h"
-#include "canvaro/shapes/RectangleInfo.h"
-#include "canvaro/shapes/TextInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/Documents.h"
+#include "support/Pictures.h"
 #include "support/TempDir.h"
 
 // glog stamps every line with the local time through the C library's time zone code, which
@@ -114,13 +111,8 @@ Proc::IDataVideoPtr MaskPicture(const MaskPixels& pixels) {
 
 MaskPixels ReadMask(const Proc::IDataVideoPtr& mask) {
   MaskPixels pixels{};
-  if (!mask) return pixels;
-  const Proc::IDataVideo& picture = *mask;
-  const auto plane = picture.GetPlane(0);
-  for (std::size_t y = 0; y < kHeight; ++y) {
-    std::copy_n(plane.GetOffsetPtr(0, y), kWidth,
-                pixels.begin() + static_cast<std::ptrdiff_t>(y * kWidth));
-  }
+  const std::string bytes = mask ? canvaro_test::PackedBytes(*mask) : std::string();
+  std::copy_n(bytes.begin(), std::min(bytes.size(), kPixels), pixels.begin());
   return pixels;
 }
 
@@ -138,14 +130,7 @@ void Paint(MaskPixels& pixels, const Rect& r, std::uint8_t brush) {
 }
 
 ShapeInfo NewShape(ShapeType kind, double x) {
-  ShapeInfoBasePtr shape;
-  if (kind == ShapeType::Rectangle || kind == ShapeType::Ellipse) {
-    shape = kind == ShapeType::Rectangle ? RectangleInfo::Create(IToolsId::SHAPE_FRAME)
-                                         : EllipseInfo::Create(IToolsId::SHAPE_FRAME);
-  } else {
-    shape = kind == ShapeType::Text ? TextInfo::Create(IToolsId::TEXT)
-                                    : LineInfo::Create(IToolsId::SHAPE_LINE);
-  }
+  ShapeInfoBasePtr shape = ShapeInfoBase::GetCreatorItem(kind)->create(IToolsId::SHAPE_FRAME);
   shape->GetPosition().SetX(x);
   return ShapeInfo(ShapeInfoBaseConstPtr(shape));
 }
@@ -586,16 +571,9 @@ class RandomSession {
     if (doc.IsRedoEnabled() != redo) return fail("redo", redo, doc.IsRedoEnabled());
 
     const Proc::IDataVideoPtr picture = doc.GetVideo(kCurrent);
-    if (!picture) return testing::AssertionFailure() << "no picture in force";
-    const Proc::IDataVideo& pixels = *picture;
-    const auto plane = pixels.GetPlane(0);
-    for (std::size_t y = 0; y < kHeight; ++y) {
-      for (std::size_t x = 0; x < kWidth * 4u; ++x) {
-        const unsigned expected = x % 4 == 3 ? 255u : want.fill;
-        if (plane.GetOffsetPtr(x, y)[0] != expected)
-          return fail("picture byte", expected, unsigned{plane.GetOffsetPtr(x, y)[0]});
-      }
-    }
+    if (!picture ||
+        canvaro_test::PackedBytes(*picture) != canvaro_test::PackedBytes(*Picture(want.fill)))
+      return fail("picture filled with", unsigned{want.fill}, "other pixels");
     const std::string package =
         doc.GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName();
     if (package != want.package) return fail("package", want.package, package);
