@@ -231,22 +231,4 @@ TEST_F(DamagedSwapFileTest, AnyTruncatedSwapFileFailsOnlyWhatNeedsIt) {
   }
 }
 
-TEST_F(DamagedSwapFileTest, TruncatedPictureInForceFailsItsQueries) {
-  const auto saved = SaveSession();
-  auto probe = Load(*saved);
-  const Index frame = probe->GetUsedFrameIndexList().at(0);
-  const ioPath name = probe->GetFrameStorage().GetFileName(frame);
-  const Conf::FrameInfo geometry = probe->GetVideoInfo(kCurrent);
-  probe.reset();
-  fs::resize_file((saved->dir / name).native(), 20);  // the header only
-
-  auto doc = Load(*saved);
-  EXPECT_EQ(doc->GetVideoInfo(kCurrent), geometry);
-  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
-  // From then on the storage has failed: no picture is handed out, also ones still intact.
-  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(0); }), Outcome::SwapFileFailure);
-  EXPECT_EQ(doc->GetVideoInfo(kCurrent), geometry);
-  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 2u);
-}
-
 }  // namespace
