@@ -229,4 +229,12 @@ TEST_F(CanvaroUndoEditTest, SetSavedMarksMaskAndOneShapeAndAlwaysTellsTheHost) {
   EXPECT_TRUE(doc->IsSaved());
 }
 
+// The document hands its observers to the steps' event list: unregistering must reach it too.
+TEST_F(CanvaroUndoEditTest, UnregisteredObserversHearNothing) {
+  doc->UnregisterEventHandler(&observer);
+  TwoSteps();
+  doc->Undo();
+  EXPECT_THAT(observer.log, IsEmpty());
+}
+
 }  // namespace

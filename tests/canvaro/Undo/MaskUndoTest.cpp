@@ -18,16 +18,13 @@
 #include "canvaro/settings/ICanvaroBrush.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
-#include "support/LogCapture.h"
 #include "support/TempDir.h"
-#include "support/TestPainter.h"
 
 namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using Blender::IBlender;
-using ::testing::ElementsAre;
 
 // Odd sizes, so that rows end in the middle of a word.
 constexpr std::int32_t kWidth = 61;
@@ -205,6 +202,25 @@ TEST_P(MaskUndoScales, StrokesUndoAndRedoInAnyOrder) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, MaskUndoScales, ::testing::Values(1, 7));
 
+TEST_F(MaskUndoTest, NewStrokeAfterUndoDropsTheRedoTailAndItsPictures) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  mask->UndoImpl();
+  mask->UndoImpl();
+  const Index tail3 = mask->Get(3).GetFrameIndex();
+  const Index tail4 = mask->Get(4).GetFrameIndex();
+  const Model next = s.states[2].Painted(Rect(5, 15, 5, 15), 200);
+  ASSERT_TRUE(mask->PushMask(Rect(5, 15, 5, 15), next.Picture()));
+  EXPECT_EQ(mask->GetItemCount(), 4u);
+  EXPECT_FALSE(mask->IsRedoEnabledImpl());
+  EXPECT_EQ(storage_->GetFrame(tail3), nullptr);
+  EXPECT_EQ(storage_->GetFrame(tail4), nullptr);
+  ExpectMask(*mask, next, "after the new stroke");
+  mask->UndoImpl();
+  ExpectMask(*mask, s.states[2], "after undoing it");
+}
+
 TEST_F(MaskUndoTest, AnUnpaintedMaskIsNotStored) {
   MaskUndo mask(storage_.get(), kWidth, kHeight, Model().Picture(), Rect(0, kWidth, 0, kHeight));
   ExpectMask(mask, Model(), "blank start");
@@ -285,6 +301,37 @@ TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {
   ExpectMask(copy, s.states[0], "self copy undone");
   copy.CopyFrom(MaskUndo(storage_.get()));
   EXPECT_EQ(copy.GetItemCount(), 0u);
+}
+
+TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
+  std::unique_ptr<MaskUndo> owner;
+  MaskUndo* mask = nullptr;
+  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  mask->UndoImpl();  // the redo tail is saved too
+  mask->SetSaved(true);
+
+  Core::Property tree;
+  mask->Serialize(Drevin::SerializerProperty::Create(tree));
+  EXPECT_EQ(tree.GetChild("MaskCounter").GetInt64("PixelCount"),
+            static_cast<std::int64_t>(mask->GetPixelCount({})));
+  storage_->WaitForPendingSaves();
+  owner.reset();
+  storage_ = std::make_unique<FrameStorage>(dir_.path(), Names());
+  storage_->AddFrame(nullptr);  // indices in the new storage differ from the saved ones
+
+  MaskUndo loaded(storage_.get());
+  loaded.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
+  ASSERT_EQ(loaded.GetItemCount(), 5u);
+  EXPECT_EQ(loaded.GetCurrentIndexImpl(), 3u);
+  EXPECT_TRUE(loaded.IsSaved());
+  EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
+  EXPECT_EQ(loaded.GetInfo().GetTop(), s.infos[3].GetTop());
+  EXPECT_EQ(Model::Of(*Working(loaded)).bytes, s.states[3].bytes);
+  loaded.UndoImpl();
+  ExpectMask(loaded, s.states[2], "loaded, undone");
+  loaded.RedoImpl();
+  loaded.RedoImpl();
+  ExpectMask(loaded, s.states[4], "loaded, redone");
 }
 
 }  // namespace

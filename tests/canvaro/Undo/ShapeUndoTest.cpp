@@ -265,6 +265,21 @@ TEST_F(ShapeUndoTest, RemoveShapeAllImplCanClearTheTool) {
   EXPECT_EQ(manager_->GetStepCount(), 2u);
 }
 
+// Saving and unsaving go one item at a time (a removal's effect on the saved state: the items'
+// table in ShapeUndoItemTest).
+TEST_F(ShapeUndoTest, SetSavedChangesOneItemAtATime) {
+  EXPECT_TRUE(shapes_.IsSaved()) << "an empty set";
+  shapes_.SetShape(NewLine(), nullptr);
+  shapes_.SetShape(NewArrow(), nullptr);
+  shapes_.SetSaved(true);
+  EXPECT_TRUE(Current(0)->IsSaved());
+  EXPECT_FALSE(Current(1)->IsSaved());
+  shapes_.SetSaved(true);
+  shapes_.SetSaved(false);
+  EXPECT_FALSE(Current(0)->IsSaved());
+  EXPECT_TRUE(Current(1)->IsSaved());
+}
+
 TEST_F(ShapeUndoTest, ShapesOutsideTheSetAreRefused) {
   auto stranger = LineInfo::Create(IToolsId::SHAPE_LINE);
   stranger->SetIndex(5);
