@@ -1,6 +1,7 @@
 #include "support/ExerciseDocument.h"
 
 #include "canvaro/shapes/LineInfo.h"
+#include "support/Documents.h"
 
 namespace canvaro_test {
 
@@ -64,10 +65,7 @@ void ExerciseDocument(ICanvaroUndo& doc) {
   if (size.width > 0 && size.height > 0 && size.width <= 64 && size.height <= 64) {
     auto mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, size);
     mask->Fill(Proc::Color(1, 1, 1, 255));
-    doc.AddMask(mask,
-                MaskInfo(0, 1, 0, 1,
-                         MaskInfo::MaskInfoEx(Blender::IBlender::Initializer(
-                             Blender::IBlender::Initializer::MaskType(0), Proc::Color::Black()))));
+    doc.AddMask(mask, Mask(0, 1, 0, 1));
   }
   doc.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), nullptr);
   auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {4, 4, 1, 1});

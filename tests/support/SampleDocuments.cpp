@@ -13,6 +13,7 @@
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Documents.h"
 #include "support/Pictures.h"
 
 namespace canvaro_test {
@@ -24,19 +25,6 @@ using namespace Kelbra::Canvaro;
 
 constexpr std::int32_t kWidth = 8;
 constexpr std::int32_t kHeight = 6;
-
-SettingsCore Settings(const std::string& package, std::int32_t index) {
-  SettingsCore settings;
-  settings.GetEffectsSettings().GetPackage().SetName(package);
-  settings.GetEffectsSettings().GetPackage().SetPackageIndex(index);
-  return settings;
-}
-
-MaskInfo Rect(std::int32_t left, std::int32_t right, std::int32_t top, std::int32_t bottom) {
-  return MaskInfo(left, right, top, bottom,
-                  MaskInfo::MaskInfoEx(Blender::IBlender::Initializer(
-                      Blender::IBlender::Initializer::MaskType(0), Proc::Color::Black())));
-}
 
 // `base` (or a blank mask) with [left, right) x [top, bottom) painted `value`.
 Proc::IDataVideoPtr Stroke(const Proc::IDataVideoPtr& base, std::int32_t left, std::int32_t right,
@@ -75,11 +63,11 @@ void Edit(ICanvaroUndo& doc) {
   const auto picture = [](std::uint8_t seed) {
     return MakePatternPicture(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1}, seed);
   };
-  doc.Add(Settings("Source", 0), picture(1), nullptr, Rect(0, 0, 0, 0));
+  doc.Add(Settings("Source", 0), picture(1), nullptr, NoMask());
   const auto first = Stroke(nullptr, 0, 3, 0, 2, 1);
-  doc.Add(Settings("Brush", 1), picture(2), first, Rect(0, 3, 0, 2));
+  doc.Add(Settings("Brush", 1), picture(2), first, Mask(0, 3, 0, 2));
   const auto second = Stroke(first, 2, 6, 1, 4, 2);
-  doc.AddMask(second, Rect(2, 6, 1, 4));
+  doc.AddMask(second, Mask(2, 6, 1, 4));
 
   auto line = LineInfo::Create(IToolsId::SHAPE_LINE);
   line->GetPosition().SetX(0.25);
@@ -88,13 +76,12 @@ void Edit(ICanvaroUndo& doc) {
     RAII::UndoTransactionGuard transaction(doc.GetTransactionManager());
     // Transactions do not nest: SetShapes would open one of its own.
     doc.SetShape(ShapeInfo(*RectangleInfo::Create(IToolsId::SHAPE_FRAME)), nullptr);
-    doc.AddMask(Stroke(second, 5, 8, 3, 6, 3), Rect(5, 8, 3, 6));
+    doc.AddMask(Stroke(second, 5, 8, 3, 6, 3), Mask(5, 8, 3, 6));
   }
   doc.SetShapes({ShapeInfo(*TextInfo::Create(IToolsId::TEXT))});
   doc.RemoveShapeAll(ShapeType::Rectangle);
   doc.Add(Settings("Sharpen", 2),
-          MakePatternPicture(Proc::PixFmt::YUV420P, {kWidth, kHeight, 1, 1}, 3), nullptr,
-          Rect(0, 0, 0, 0));
+          MakePatternPicture(Proc::PixFmt::YUV420P, {kWidth, kHeight, 1, 1}, 3), nullptr, NoMask());
 }
 
 }  // namespace
@@ -116,7 +103,7 @@ std::vector<SavedDocument> WriteSampleDocuments(const ioPath& swapDirectory) {
   {
     auto doc = MakeDocument(swapDirectory, "source");
     doc->Add(Settings("Source", 0), MakePatternPicture(Proc::PixFmt::BGR24, {5, 3, 1, 1}, 4),
-             nullptr, Rect(0, 0, 0, 0));
+             nullptr, NoMask());
     saved.push_back({"source_only", Save(*doc)});
   }
   {

@@ -25,9 +25,7 @@ TEST(CommandLineTest, EveryCommandExplainsItself) {
     const ToolRun run = RunTool({command, "--help"});
     EXPECT_EQ(run.status, 0) << command;
     EXPECT_THAT(run.out, StartsWith("Usage: canvaro " + command)) << command;
-  }
-  for (const std::string command : {"demo", "inspect", "verify", "export"}) {
-    EXPECT_EQ(RunTool({"help", command}).out, RunTool({command, "--help"}).out) << command;
+    EXPECT_EQ(RunTool({"help", command}).out, run.out) << command;
   }
   for (const std::vector<std::string>& args : {std::vector<std::string>{"--help"}, {"help"}}) {
     const ToolRun overview = RunTool(args);

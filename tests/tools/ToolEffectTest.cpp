@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "canvaro/settings/EffectsSettings.h"
-#include "kelbra/Drevin/SerializerProperty.h"
 #include "tools/canvaro/ToolEffect.h"
 #include "tools/canvaro/ToolError.h"
 
@@ -83,18 +82,6 @@ TEST(ToolEffectTest, AStepsPackageRecordsTheEffect) {
   EXPECT_FALSE(ToolEffect::FromPackage(
       canvaro_tool::MakeSourceSettings("Source").GetEffectsSettings().GetPackage()));
   EXPECT_THROW(ToolEffect::Make(Kind::Blur, 101), canvaro_tool::ToolError);
-}
-
-TEST(ToolEffectTest, AnEffectWritesAndReadsItsParameters) {
-  const auto blur = ToolEffect::Make(Kind::Blur, 5);
-  Kelbra::Core::Property tree;
-  blur->Serialize(Kelbra::Drevin::SerializerProperty::Create(tree));
-  EXPECT_EQ(tree.GetString("kind"), "blur");
-  EXPECT_EQ(tree.GetInt("amount"), 5);
-  const auto read = ToolEffect::Make(Kind::Invert, 0);
-  read->Deserialize(Kelbra::Drevin::SerializerProperty::Create(tree));
-  EXPECT_TRUE(read->IsEqual(*blur));
-  EXPECT_EQ(read->GetSettings().GetTypeName(), "ToolBlur");
 }
 
 }  // namespace

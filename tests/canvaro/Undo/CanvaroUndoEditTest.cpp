@@ -3,12 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CanvaroUndoFixture.h"
 #include "canvaro/Undo/IUndoManager.h"
 #include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/foundation/ToolsId.h"
 #include "canvaro/shapes/LineInfo.h"
 #include "canvaro/shapes/RectangleInfo.h"
+#include "support/DocumentTest.h"
 #include "support/TestEffect.h"
 #include "support/TestPainter.h"
 
@@ -174,7 +174,8 @@ TEST_F(CanvaroUndoEditTest, AddAfterUndoDropsEveryRedoTailAndItsFrames) {
   EXPECT_EQ(doc->GetVideoCount(), 2u);
   EXPECT_EQ(doc->GetSettings(1).GetEffectsSettings().GetPackage().GetName(), "Other");
   // The frames after the shape's picture (the stroke's) are gone. The picture stays: the shape's
-  // hidden first state still shows it, and the storage drops only a tail.
+  // hidden first state still shows it (a fuzzer once found it dropped), and the storage drops
+  // only a tail.
   EXPECT_EQ(doc->GetFrameStorage().GetCount(), shapeFrame + 1 + framesOfOneStep);
   EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 0u);
   EXPECT_EQ(Pixels(doc->GetShapeItemVideo(0, ICanvaroUndo::kCurrentItem)),
@@ -228,6 +229,7 @@ TEST_F(CanvaroUndoEditTest, SetSavedMarksMaskAndOneShapeAndAlwaysTellsTheHost) {
   EXPECT_TRUE(doc->IsSaved());
 }
 
+// The document hands its observers to the steps' event list: unregistering must reach it too.
 TEST_F(CanvaroUndoEditTest, UnregisteredObserversHearNothing) {
   doc->UnregisterEventHandler(&observer);
   TwoSteps();

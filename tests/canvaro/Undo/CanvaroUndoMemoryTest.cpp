@@ -1,5 +1,5 @@
 // The document's memory budget: the swap at exactly 250 MiB of pictures in memory, the picture in
-// force kept, swapped pictures read back on undo, and the data size logged at teardown.
+// force kept, swapped pictures read back on undo.
 //
 // The large picture wraps a buffer that is allocated but never written: the document only counts
 // its bytes and keeps it in memory (it is the picture in force), so the test costs no real
@@ -11,14 +11,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CanvaroUndoFixture.h"
+#include "support/DocumentTest.h"
 
 namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using namespace canvaro_test;
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -108,13 +107,6 @@ TEST_F(CanvaroUndoMemoryTest, BelowTheBudgetOrWithoutASwapDirectoryNothingIsSwap
   EXPECT_EQ(unswapped->GetCoreSize(), kThreshold);
   EXPECT_THAT(MemoryWarnings(), IsEmpty());
   EXPECT_TRUE(unswapped->GetFrameStorage().GetFileName(0).empty());
-}
-
-TEST_F(CanvaroUndoMemoryTest, TeardownLogsTheDataSize) {
-  doc->Add(Settings("Source"), Picture(1), nullptr, NoMask());
-  const std::uint64_t size = doc->GetCoreSize();
-  doc.reset();
-  EXPECT_THAT(log.Messages(google::GLOG_INFO), Contains("Data size: " + std::to_string(size)));
 }
 
 }  // namespace

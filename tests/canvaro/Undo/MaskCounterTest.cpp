@@ -13,14 +13,12 @@
 #include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
-#include "support/PropertyKeys.h"
+#include "support/Errors.h"
 
 namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
-using canvaro_test::KeysOf;
-using ::testing::ElementsAre;
 
 Core::Property Write(const MaskCounter& counter) {
   Core::Property tree;
@@ -71,13 +69,11 @@ TEST(MaskCounterTest, GetSumsTheListedValuesOrGivesTheTotal) {
 TEST(MaskCounterTest, WritesTotalAndNonZeroCountersInValueOrder) {
   MaskCounter counter = SomeCounts();
   const Core::Property tree = Write(counter);
-  EXPECT_THAT(KeysOf(tree), ElementsAre("PixelCount", "PixelCountDetail"));
   EXPECT_EQ(tree.GetInt64("PixelCount"), 6);
   const auto& list = tree.GetCollection("PixelCountDetail");
   ASSERT_EQ(list.size(), 3u);
   const std::int64_t expected[][2] = {{7, 3}, {90, 2}, {255, 1}};
   for (std::size_t i = 0; i < 3; ++i) {
-    EXPECT_THAT(KeysOf(list[i]), ElementsAre("PixelCountDetailId", "PixelCountDetailVal"));
     EXPECT_EQ(list[i].GetInt64("PixelCountDetailId"), expected[i][0]);
     EXPECT_EQ(list[i].GetInt64("PixelCountDetailVal"), expected[i][1]);
   }
@@ -128,14 +124,10 @@ TEST(MaskCounterTest, BadRecordsThrowAndLeaveTheCounterAlone) {
   const MaskCounter before = SomeCounts();
   MaskCounter counter = before;
 
-  try {
-    Read(counter, DetailRecord(10, {{7, 1}, {256, 9}}));
-    FAIL() << "a value above 255 was accepted";
-  } catch (const CanvaroException& e) {
-    const std::string* text = boost::get_error_info<TagDescription>(e);
-    ASSERT_NE(text, nullptr);
-    EXPECT_THAT(*text, ::testing::HasSubstr("256"));
-  }
+  EXPECT_THAT(canvaro_test::ErrorText<CanvaroException>([&] {
+                Read(counter, DetailRecord(10, {{7, 1}, {256, 9}}));
+              }),
+              ::testing::HasSubstr("256"));
   EXPECT_EQ(counter, before);
 
   EXPECT_THROW(Read(counter, DetailRecord(10, {{-1, 9}})), CanvaroException);

@@ -18,16 +18,13 @@
 #include "canvaro/settings/ICanvaroBrush.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
-#include "support/LogCapture.h"
 #include "support/TempDir.h"
-#include "support/TestPainter.h"
 
 namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using Blender::IBlender;
-using ::testing::ElementsAre;
 
 // Odd sizes, so that rows end in the middle of a word.
 constexpr std::int32_t kWidth = 61;
@@ -224,37 +221,13 @@ TEST_F(MaskUndoTest, NewStrokeAfterUndoDropsTheRedoTailAndItsPictures) {
   ExpectMask(*mask, s.states[2], "after undoing it");
 }
 
-TEST_F(MaskUndoTest, ClearingTheMaskIsAStepToo) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
-  MaskInfo clear = Rect(1, 2, 1, 2);
-  clear.GetInfoEx().SetPainter(canvaro_test::TestPainter::Make(3));
-  ASSERT_TRUE(mask->PushMask(clear, nullptr));
-  ExpectMask(*mask, Model(), "cleared");
-  EXPECT_EQ(mask->GetInfo().GetInfoEx().GetPainter(), clear.GetInfoEx().GetPainter());
-  EXPECT_EQ(mask->GetInfo().GetLeft(), s.infos[4].GetLeft()) << "the rectangle stays";
-  EXPECT_FALSE(mask->PushMask(clear, nullptr)) << "nothing left to clear";
-
-  mask->UndoImpl();  // every pixel comes back, also outside the clear's rectangle
-  ExpectMask(*mask, s.states[4], "clear undone");
-  mask->RedoImpl();
-  ExpectMask(*mask, Model(), "clear redone");
-}
-
-TEST_F(MaskUndoTest, UnpaintedMaskIsDroppedAndLogged) {
-  canvaro_test::LogCapture log;
+TEST_F(MaskUndoTest, AnUnpaintedMaskIsNotStored) {
   MaskUndo mask(storage_.get(), kWidth, kHeight, Model().Picture(), Rect(0, kWidth, 0, kHeight));
-  EXPECT_THAT(log.Messages(), ElementsAre("Mask size: empty", "Mask pixel count: 0"));
   ExpectMask(mask, Model(), "blank start");
 
   // Painting on the dropped mask, then erasing it all, then stepping back and forth.
   const Model painted = Model().Painted(Rect(4, 6, 5, 8), 90);
-  log.Clear();
   ASSERT_TRUE(mask.PushMask(Rect(4, 6, 5, 8), painted.Picture()));
-  EXPECT_THAT(log.Messages(),
-              ElementsAre("Mask size: 2x3 at (4, 5)",
-                          "Mask pixel count: " + std::to_string(painted.Count(90))));
   ASSERT_TRUE(mask.PushMask(Rect(0, 10, 0, 10), Model().Picture()));
   ExpectMask(mask, Model(), "erased");
   mask.UndoImpl();
@@ -291,9 +264,6 @@ TEST_F(MaskUndoTest, RefusedStrokesChangeNothing) {
   empty.RedoImpl();
   EXPECT_EQ(empty.GetItemCount(), 0u);
   EXPECT_EQ(empty.GetPixelCount({}), 0u);
-  EXPECT_TRUE(empty.StayInMemory(0));
-  EXPECT_FALSE(empty.StayInMemory(1));
-  EXPECT_FALSE(empty.StayInMemory(kNoIndex));
 }
 
 TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {

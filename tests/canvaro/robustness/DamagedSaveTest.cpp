@@ -11,12 +11,12 @@
 
 #include <gtest/gtest.h>
 
-#include "Outcome.h"
 #include "canvaro/Undo/ICanvaroUndo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/ExerciseDocument.h"
+#include "support/Outcome.h"
 #include "support/SampleDocuments.h"
 #include "support/TempDir.h"
 

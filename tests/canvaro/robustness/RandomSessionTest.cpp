@@ -24,12 +24,10 @@
 
 #include "canvaro/Undo/ICanvaroUndo.h"
 #include "canvaro/foundation/CanvaroException.h"
-#include "canvaro/shapes/EllipseInfo.h"
-#include "canvaro/shapes/LineInfo.h"
-#include "canvaro/shapes/RectangleInfo.h"
-#include "canvaro/shapes/TextInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Documents.h"
+#include "support/Pictures.h"
 #include "support/TempDir.h"
 
 // glog stamps every line with the local time through the C library's time zone code, which
@@ -45,6 +43,7 @@ namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
+using canvaro_test::Settings;
 
 constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
 constexpr std::int32_t kWidth = 8;
@@ -112,13 +111,8 @@ Proc::IDataVideoPtr MaskPicture(const MaskPixels& pixels) {
 
 MaskPixels ReadMask(const Proc::IDataVideoPtr& mask) {
   MaskPixels pixels{};
-  if (!mask) return pixels;
-  const Proc::IDataVideo& picture = *mask;
-  const auto plane = picture.GetPlane(0);
-  for (std::size_t y = 0; y < kHeight; ++y) {
-    std::copy_n(plane.GetOffsetPtr(0, y), kWidth,
-                pixels.begin() + static_cast<std::ptrdiff_t>(y * kWidth));
-  }
+  const std::string bytes = mask ? canvaro_test::PackedBytes(*mask) : std::string();
+  std::copy_n(bytes.begin(), std::min(bytes.size(), kPixels), pixels.begin());
   return pixels;
 }
 
@@ -126,11 +120,7 @@ struct Rect {
   std::int32_t left, right, top, bottom;
 };
 
-MaskInfo MaskOver(const Rect& r) {
-  return MaskInfo(r.left, r.right, r.top, r.bottom,
-                  MaskInfo::MaskInfoEx(Blender::IBlender::Initializer(
-                      Blender::IBlender::Initializer::MaskType(0), Proc::Color::Black())));
-}
+MaskInfo MaskOver(const Rect& r) { return canvaro_test::Mask(r.left, r.right, r.top, r.bottom); }
 
 void Paint(MaskPixels& pixels, const Rect& r, std::uint8_t brush) {
   for (std::int32_t y = r.top; y < r.bottom; ++y) {
@@ -139,21 +129,8 @@ void Paint(MaskPixels& pixels, const Rect& r, std::uint8_t brush) {
   }
 }
 
-SettingsCore Settings(const std::string& package) {
-  SettingsCore settings;
-  settings.GetEffectsSettings().GetPackage().SetName(package);
-  return settings;
-}
-
 ShapeInfo NewShape(ShapeType kind, double x) {
-  ShapeInfoBasePtr shape;
-  if (kind == ShapeType::Rectangle || kind == ShapeType::Ellipse) {
-    shape = kind == ShapeType::Rectangle ? RectangleInfo::Create(IToolsId::SHAPE_FRAME)
-                                         : EllipseInfo::Create(IToolsId::SHAPE_FRAME);
-  } else {
-    shape = kind == ShapeType::Text ? TextInfo::Create(IToolsId::TEXT)
-                                    : LineInfo::Create(IToolsId::SHAPE_LINE);
-  }
+  ShapeInfoBasePtr shape = ShapeInfoBase::GetCreatorItem(kind)->create(IToolsId::SHAPE_FRAME);
   shape->GetPosition().SetX(x);
   return ShapeInfo(ShapeInfoBaseConstPtr(shape));
 }
@@ -594,16 +571,9 @@ class RandomSession {
     if (doc.IsRedoEnabled() != redo) return fail("redo", redo, doc.IsRedoEnabled());
 
     const Proc::IDataVideoPtr picture = doc.GetVideo(kCurrent);
-    if (!picture) return testing::AssertionFailure() << "no picture in force";
-    const Proc::IDataVideo& pixels = *picture;
-    const auto plane = pixels.GetPlane(0);
-    for (std::size_t y = 0; y < kHeight; ++y) {
-      for (std::size_t x = 0; x < kWidth * 4u; ++x) {
-        const unsigned expected = x % 4 == 3 ? 255u : want.fill;
-        if (plane.GetOffsetPtr(x, y)[0] != expected)
-          return fail("picture byte", expected, unsigned{plane.GetOffsetPtr(x, y)[0]});
-      }
-    }
+    if (!picture ||
+        canvaro_test::PackedBytes(*picture) != canvaro_test::PackedBytes(*Picture(want.fill)))
+      return fail("picture filled with", unsigned{want.fill}, "other pixels");
     const std::string package =
         doc.GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName();
     if (package != want.package) return fail("package", want.package, package);

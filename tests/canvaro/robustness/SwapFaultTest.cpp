@@ -1,21 +1,15 @@
-// Real faults of the swap files under a document: the file size limit reached while pictures are
-// written, the swap directory gone or unusable during a session, swap files deleted or
-// truncated between saving and loading. The document keeps answering everything that does not
-// need a lost picture; what does need one fails with CanvaroException, code SwapFileFailure, and
-// leaves the document where it was.
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
+// Real faults of the swap files under a document: the swap directory gone or unusable during a
+// session, swap files deleted or truncated between saving and loading (how the storage itself
+// fails, under a file size limit too, is FrameStorageTest's). The document keeps answering
+// everything that does not need a lost picture; what does need one fails with CanvaroException,
+// code SwapFileFailure, and leaves the document where it was.
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "Outcome.h"
 #include "canvaro/Undo/FrameStorage.h"
 #include "canvaro/Undo/ICanvaroUndo.h"
 #include "canvaro/Undo/IUndoManager.h"
@@ -23,10 +17,10 @@
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/DocumentTest.h"
 #include "support/ExerciseDocument.h"
-#include "support/LogCapture.h"
+#include "support/Outcome.h"
 #include "support/SampleDocuments.h"
-#include "support/TempDir.h"
 
 namespace {
 
@@ -36,20 +30,6 @@ using namespace canvaro_test;
 namespace fs = std::filesystem;
 
 constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
-
-Proc::IDataVideoPtr Picture(std::uint8_t value, std::int32_t width = 8, std::int32_t height = 6) {
-  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {width, height, 1, 1});
-  picture->Fill(Proc::Color(value, value, value, 255));
-  return picture;
-}
-
-SettingsCore Settings(const std::string& package) {
-  SettingsCore settings;
-  settings.GetEffectsSettings().GetPackage().SetName(package);
-  return settings;
-}
-
-MaskInfo NoMask() { return MaskInfo(); }
 
 ICanvaroUndoPtr MakeDocument(const ioPath& swap) {
   return ICanvaroUndo::Create(swap, [n = 0]() mutable { return "f" + std::to_string(n++); });
@@ -70,7 +50,7 @@ void Save(ICanvaroUndo& doc) {
 }
 
 // Checks a document of Edit whose swap files have failed; 0 when everything holds, else the
-// number of the first check that failed (so that a child process can report it).
+// number of the first check that failed.
 int CheckFailedDocument(ICanvaroUndo& doc) {
   if (!doc.GetFrameStorage().IsFailed()) return 1;
   // Everything that needs no picture still answers.
@@ -104,53 +84,12 @@ int CheckFailedDocument(ICanvaroUndo& doc) {
   return 0;
 }
 
-// Runs `body` in a child process with a file size limit of `limit` bytes and SIGXFSZ ignored (so
-// that writes past the limit fail with EFBIG instead of killing the process); returns the
-// child's exit code, or 100 + the signal that killed it.
-int RunWithFileSizeLimit(rlim_t limit, const std::function<int()>& body) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::signal(SIGXFSZ, SIG_IGN);
-    const rlimit fileSize{limit, limit};
-    if (::setrlimit(RLIMIT_FSIZE, &fileSize) != 0) ::_exit(99);
-    // Nothing may leave the child but its exit code: an exception would run the rest of the
-    // test program in it.
-    try {
-      ::_exit(body());
-    } catch (...) {
-      ::_exit(98);
-    }
-  }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
-}
-
 class SwapFaultTest : public testing::Test {
  protected:
   ioPath Swap() const { return dir_ / "swap"; }
 
   TempDir dir_;
 };
-
-TEST_F(SwapFaultTest, FileSizeLimitDuringASwapFailsThePicturesNotTheDocument) {
-  const ioPath swap = Swap();
-  fs::create_directory(swap.native());
-  // The big picture (16 kB) does not fit under the limit; the small ones do.
-  const int result = RunWithFileSizeLimit(4096, [&swap] {
-    int check = 0;
-    {
-      auto doc = MakeDocument(swap);
-      Edit(*doc);
-      Save(*doc);
-      if (!(swap / "f0").exists() || (swap / "f1").exists()) return 50;  // never half written
-      check = CheckFailedDocument(*doc);
-    }
-    // A failed storage takes its swap directory with it.
-    return check != 0 ? check : swap.exists() ? 51 : 0;
-  });
-  EXPECT_EQ(result, 0);
-}
 
 TEST_F(SwapFaultTest, SwapDirectoryReplacedByAFileDuringASession) {
   // Directory permissions do not bind root, so the directory is made unusable for everyone by
@@ -227,16 +166,6 @@ TEST_F(SwapFaultTest, SetReleasesThePicturesItReplaces) {
   EXPECT_LE(files, 4u);
 }
 
-TEST_F(SwapFaultTest, ReadOnlySwapDirectoryFailsTheSave) {
-  if (::geteuid() == 0) GTEST_SKIP() << "permissions do not bind root (see the test above)";
-  fs::create_directory(Swap().native());
-  auto doc = MakeDocument(Swap());
-  Edit(*doc);
-  fs::permissions(Swap().native(), fs::perms::owner_read | fs::perms::owner_exec);
-  Save(*doc);
-  EXPECT_EQ(CheckFailedDocument(*doc), 0);
-}
-
 // ---- swap files damaged between saving and loading ----
 
 class DamagedSwapFileTest : public testing::Test {
@@ -300,24 +229,6 @@ TEST_F(DamagedSwapFileTest, AnyTruncatedSwapFileFailsOnlyWhatNeedsIt) {
     EXPECT_EQ(doc->GetSettings(0).GetEffectsSettings().GetPackage().GetName(), "Source");
     EXPECT_GE(doc->GetShapeItemCount(ShapeType::All), 3u);
   }
-}
-
-TEST_F(DamagedSwapFileTest, TruncatedPictureInForceFailsItsQueries) {
-  const auto saved = SaveSession();
-  auto probe = Load(*saved);
-  const Index frame = probe->GetUsedFrameIndexList().at(0);
-  const ioPath name = probe->GetFrameStorage().GetFileName(frame);
-  const Conf::FrameInfo geometry = probe->GetVideoInfo(kCurrent);
-  probe.reset();
-  fs::resize_file((saved->dir / name).native(), 20);  // the header only
-
-  auto doc = Load(*saved);
-  EXPECT_EQ(doc->GetVideoInfo(kCurrent), geometry);
-  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
-  // From then on the storage has failed: no picture is handed out, also ones still intact.
-  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(0); }), Outcome::SwapFileFailure);
-  EXPECT_EQ(doc->GetVideoInfo(kCurrent), geometry);
-  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 2u);
 }
 
 }  // namespace

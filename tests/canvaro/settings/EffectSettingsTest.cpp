@@ -10,29 +10,16 @@
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Errors.h"
 #include "support/TestEffect.h"
 
 namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
+using canvaro_test::ExpectNotImplemented;
 using canvaro_test::TestEffect;
 using ::testing::ElementsAre;
-
-// Checks that `call` throws the factories' failure: "Not implemented", no code, no stack.
-template <class Call>
-void ExpectNotImplemented(Call&& call) {
-  try {
-    std::forward<Call>(call)();
-    ADD_FAILURE() << "no exception";
-  } catch (const CanvaroException& e) {
-    const std::string* text = boost::get_error_info<TagDescription>(e);
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(*text, "Not implemented");
-    EXPECT_EQ(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
-    EXPECT_EQ(boost::get_error_info<TagCallStack>(e), nullptr);
-  }
-}
 
 // An effect whose clones fail after a number of successful ones.
 class BrittleEffect : public TestEffect {

@@ -1,8 +1,7 @@
-// The geometry the shape kinds share: the aspect change of a quarter turn, sizes under a crop,
-// and the resize of a turned box with its stroke.
+// The edges of the geometry the shape kinds share: pictures without area, and strokes that would
+// scale below one pixel. The geometry itself is checked over every kind in ShapeInfoTTest.
 #include "canvaro/shapes/IRenderingType.h"
 
-#include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -15,28 +14,11 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using Transpose = Proc::SettingsEffectTranspose;
 
-TEST(IRenderingTypeTest, OnlyQuarterTurnsChangeTheAspect) {
-  const Conf::FrameInfo frame{200, 100, 1, 1};
-  EXPECT_EQ(IRenderingType::GetTransposeAspect(frame, Transpose(Transpose::None)), -1);
-  EXPECT_EQ(IRenderingType::GetTransposeAspect(frame, Transpose(Transpose::Rotate180)), -1);
-  EXPECT_EQ(IRenderingType::GetTransposeAspect(frame, Transpose(Transpose::Rotate90)), 0.5);
-  EXPECT_EQ(IRenderingType::GetTransposeAspect(frame, Transpose(Transpose::Rotate270)), 0.5);
-  // A picture without area has no aspect to change.
+TEST(IRenderingTypeTest, APictureWithoutAreaHasNoAspectToChange) {
   EXPECT_EQ(IRenderingType::GetTransposeAspect({0, 100, 1, 1}, Transpose(Transpose::Rotate90)), -1);
   EXPECT_EQ(IRenderingType::GetTransposeAspect({100, 0, 1, 1}, Transpose(Transpose::Rotate90)), -1);
 }
 
-TEST(IRenderingTypeTest, CropScalesEachSizeByItsOwnSide) {
-  double a = 0.25;
-  double b = 0.5;
-  IRenderingType::CropImpl({200, 100, 1, 1}, {50, 20, 100, 25}, a, b);
-  EXPECT_DOUBLE_EQ(a, 0.5);  // 50 of 200 pixels is half of the 100 kept
-  EXPECT_DOUBLE_EQ(b, 2.0);  // 50 of 100 pixels is twice the 25 kept
-  IRenderingType::CropImpl({200, 100, 1, 1}, {0, 0, 0, 25}, a, b);
-  EXPECT_DOUBLE_EQ(a, 0.5) << "an empty crop changes nothing";
-}
-
-// How a turned box and its stroke scale is checked over every kind in ShapeInfoTTest.
 TEST(IRenderingTypeTest, TheStrokeNeverGetsThinnerThanOnePixel) {
   PositionType position;
   double w = 0.5;

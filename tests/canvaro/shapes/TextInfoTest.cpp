@@ -1,5 +1,6 @@
-// What is particular to text: it keeps its size through turns and crops, and a resize scales
-// its font with the measured box (never below 10) and asks the host to measure again.
+// What is particular to text: a resize scales its font with the measured box (never below 10)
+// and asks the host to measure again. That it keeps its size through turns and crops is checked
+// over every kind in ShapeInfoTTest.
 #include "canvaro/shapes/TextInfo.h"
 
 #include <cmath>
@@ -72,15 +73,6 @@ TEST(TextInfoTest, TheFontNeverDropsBelowTen) {
   EXPECT_EQ(Rendering(unmeasured.Resize({100, 100, 1, 1}, {300, 300, 1, 1})).GetFontSize(), 120);
   EXPECT_TRUE(text.Resize({0, 0, 0, 0}, {300, 300, 1, 1}) == text);
   EXPECT_TRUE(text.Resize({300, 300, 1, 1}, {300, 0, 1, 1}) == text);
-}
-
-TEST(TextInfoTest, TurnsAndCropsLeaveTheTextAsItIs) {
-  const ShapeInfo text(*MeasuredText(300, 80, 40));
-  const ShapeInfo turned = text.Transpose(
-      {200, 100, 1, 1}, Proc::SettingsEffectTranspose(Proc::SettingsEffectTranspose::Rotate90));
-  EXPECT_TRUE(Rendering(turned) == Rendering(text));
-  EXPECT_EQ(turned->GetPosition().GetAngle(), 90);
-  EXPECT_TRUE(Rendering(text.Crop({200, 100, 1, 1}, {10, 10, 50, 50})) == Rendering(text));
 }
 
 }  // namespace

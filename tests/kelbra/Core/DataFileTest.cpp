@@ -15,12 +15,15 @@
 #include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/DataString.h"
 #include "kelbra/Core/FileSystem.h"
+#include "support/Errors.h"
 #include "support/TempDir.h"
 
 namespace {
 
 using namespace Kelbra;
+using canvaro_test::ErrorText;
 using Core::FileException;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 std::vector<char> Pattern(std::size_t size) {
@@ -81,24 +84,14 @@ TEST(DataFileTest, ReadingPastTheEndThrowsNamingTheFile) {
   auto in = Core::DataInputFile::Create(file);
   char buffer[16];
   in->Read(buffer, 4);
-  try {
-    in->Read(buffer, 4);
-    FAIL() << "no exception";
-  } catch (const FileException& e) {
-    EXPECT_THAT(e.what(), HasSubstr(file.string()));
-    EXPECT_THAT(e.what(), HasSubstr("unexpected end of data"));
-  }
+  EXPECT_THAT(ErrorText<FileException>([&] { in->Read(buffer, 4); }),
+              AllOf(HasSubstr(file.string()), HasSubstr("unexpected end of data")));
 }
 
 TEST(DataFileTest, OpenFailuresNameTheFileAndTheReason) {
   canvaro_test::TempDir dir;
-  try {
-    Core::DataInputFile::Create(dir / "missing.bin");
-    FAIL() << "no exception";
-  } catch (const FileException& e) {
-    EXPECT_THAT(e.what(), HasSubstr("missing.bin"));
-    EXPECT_THAT(e.what(), HasSubstr("No such file or directory"));
-  }
+  EXPECT_THAT(ErrorText<FileException>([&] { Core::DataInputFile::Create(dir / "missing.bin"); }),
+              AllOf(HasSubstr("missing.bin"), HasSubstr("No such file or directory")));
   EXPECT_THROW(Core::DataOutputFile::Create(dir / "no-dir" / "x.bin"), FileException);
   EXPECT_THROW(Core::DataInputFile::Create(dir.path()), FileException);  // a directory
 }
@@ -108,14 +101,11 @@ TEST(DataFileTest, FullDiskIsReportedNotSwallowed) {
   auto out = Core::DataOutputFile::Create("/dev/full");
   const std::vector<char> bytes = Pattern(4096);
   // Small writes are buffered; the failure must surface by Close at the latest.
-  try {
-    out->Write(bytes.data(), bytes.size());
-    out->Close();
-    FAIL() << "no exception";
-  } catch (const FileException& e) {
-    EXPECT_THAT(e.what(), HasSubstr("/dev/full"));
-    EXPECT_THAT(e.what(), HasSubstr("No space left on device"));
-  }
+  EXPECT_THAT(ErrorText<FileException>([&] {
+                out->Write(bytes.data(), bytes.size());
+                out->Close();
+              }),
+              AllOf(HasSubstr("/dev/full"), HasSubstr("No space left on device")));
 }
 
 TEST(DataFileTest, AtomicFileAppearsOnlyWhenClosed) {

@@ -12,10 +12,12 @@
 
 #include "kelbra/Core/CoreException.h"
 #include "kelbra/Core/DataFile.h"
+#include "support/Errors.h"
 #include "support/TempDir.h"
 
 namespace {
 
+using canvaro_test::ErrorText;
 using Kelbra::Core::Property;
 using Kelbra::Core::PropertyException;
 using Kelbra::Core::PropertySerializer;
@@ -166,12 +168,8 @@ TEST(PropertySerializerTest, MalformedTextThrowsPropertyExceptionNamingThePlace)
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
-    try {
-      PropertySerializer::FromString(c.text);
-      ADD_FAILURE() << "no exception";
-    } catch (const PropertyException& e) {
-      EXPECT_THAT(e.what(), HasSubstr(c.expected));
-    }
+    EXPECT_THAT(ErrorText<PropertyException>([&] { PropertySerializer::FromString(c.text); }),
+                HasSubstr(c.expected));
   }
 }
 
@@ -200,12 +198,10 @@ TEST(PropertySerializerTest, ReadsFromFileWhatItWroteAndRefusesATruncatedFile) {
   Property tree("Untouched");
   tree.SetInt("kept", 1);
   const Property before = tree;
-  try {
-    PropertySerializer::Deserialize(tree, Kelbra::Core::DataInputFile::Create(file));
-    ADD_FAILURE() << "no exception";
-  } catch (const PropertyException& e) {
-    EXPECT_THAT(e.what(), HasSubstr(file.string()));
-  }
+  EXPECT_THAT(ErrorText<PropertyException>([&] {
+                PropertySerializer::Deserialize(tree, Kelbra::Core::DataInputFile::Create(file));
+              }),
+              HasSubstr(file.string()));
   EXPECT_EQ(tree, before);
 }
 

@@ -7,12 +7,14 @@
 #include <gtest/gtest.h>
 
 #include "kelbra/Core/CoreException.h"
+#include "support/Errors.h"
 
 namespace {
 
 using Kelbra::Core::Property;
 using Kelbra::Core::PropertyException;
 using Kelbra::Core::WrongTypeIsRequested;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 TEST(PropertyTest, EntriesKeepFirstWriteOrderAndRewritesReplaceInPlace) {
@@ -34,14 +36,8 @@ TEST(PropertyTest, EntriesKeepFirstWriteOrderAndRewritesReplaceInPlace) {
 TEST(PropertyTest, TypedReadersRefuseOtherTypesNamingKeyAndBothTypes) {
   Property node;
   node.SetInt("ZValue", 3);
-  try {
-    node.GetDouble("ZValue");
-    FAIL() << "no exception";
-  } catch (const WrongTypeIsRequested& e) {
-    EXPECT_THAT(e.what(), HasSubstr("'ZValue'"));
-    EXPECT_THAT(e.what(), HasSubstr("type int"));
-    EXPECT_THAT(e.what(), HasSubstr("type double"));
-  }
+  EXPECT_THAT(canvaro_test::ErrorText<WrongTypeIsRequested>([&] { node.GetDouble("ZValue"); }),
+              AllOf(HasSubstr("'ZValue'"), HasSubstr("type int"), HasSubstr("type double")));
   EXPECT_THROW(node.GetInt64("ZValue"), WrongTypeIsRequested);
   EXPECT_THROW(node.GetChild("ZValue"), WrongTypeIsRequested);
   EXPECT_THROW(node.GetInt("missing"), PropertyException);
@@ -51,7 +47,7 @@ TEST(PropertyTest, CopiesAreDeepAndChildReferencesSurviveGrowth) {
   Property root;
   Property& child = root.AddChild("child");
   for (int i = 0; i < 100; ++i) root.SetInt("k" + std::to_string(i), i);  // entries reallocate
-  child.SetInt("still", 1);                                                // reference still valid
+  child.SetInt("still", 1);                                               // reference still valid
   Property::Collection& list = root.AddCollection("list");
   Property& first = list.emplace_back();
   for (int i = 0; i < 100; ++i) list.emplace_back();
