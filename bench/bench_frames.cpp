@@ -23,6 +23,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -290,6 +291,9 @@ int main(int argc, char** argv) {
   FLAGS_minloglevel = google::GLOG_WARNING;
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  std::printf(
+      "Goals: SaveRawFrame direct and replace >= 0.95 x BaselineWrite, LoadRawFrame >= 0.95 x "
+      "BaselineReadFresh (the same kind of buffer), at 6000x4000 and at 640x480.\n");
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

@@ -9,6 +9,7 @@
 // grows with the stroke's area (see the fitted complexity), not with the mask's size;
 // CopyWholeMask is what one copy of the mask would cost instead.
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -176,6 +177,7 @@ int main(int argc, char** argv) {
   google::InitGoogleLogging(argv[0]);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  std::printf("Goal: CheckInfo/empty >= 0.8 x Memchr/empty (bytes_per_second).\n");
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;
