@@ -161,13 +161,16 @@ void FrameStorage::Swap(const std::vector<Index>& indices) const {
 
 void FrameStorage::SwapExcept(const std::vector<Index>& keep) const {
   std::vector<Index> candidates;
+  // Which candidates will take a name: a picture in memory without a file. Only this thread
+  // gives names, so the answer holds until CheckForSave.
+  std::vector<bool> needsName;
   bool needsFile = false;
   for (std::size_t i = 0; i < items_.size(); ++i) {
     if (std::find(keep.begin(), keep.end(), static_cast<Index>(i)) != keep.end()) continue;
     candidates.push_back(static_cast<Index>(i));
-    if (items_[i] && items_[i]->GetFileName().empty() && items_[i]->GetMemorySize() > 0) {
-      needsFile = true;
-    }
+    const auto& item = items_[i];
+    needsName.push_back(item && item->GetMemorySize() > 0 && item->GetFileName().empty());
+    needsFile = needsFile || needsName.back();
   }
   if (needsFile && swapDirectory_.empty()) {
     ThrowCoded(CanvaroError::InvalidState,
@@ -177,7 +180,7 @@ void FrameStorage::SwapExcept(const std::vector<Index>& keep) const {
   }
   // All names are drawn before any is assigned, so that a generator that throws leaves every
   // frame as it was.
-  const std::vector<ioPath> names = DrawNames(candidates.size());
+  const std::vector<ioPath> names = DrawNames(needsName);
   Batch batch;
   std::uint64_t bytes = 0;
   for (std::size_t k = 0; k < candidates.size(); ++k) {
@@ -201,36 +204,45 @@ void FrameStorage::SwapExcept(const std::vector<Index>& keep) const {
 
 void FrameStorage::SetWriteBacklog(std::uint64_t bytes) { writeBacklog_ = bytes; }
 
-std::vector<ioPath> FrameStorage::DrawNames(std::size_t count) const {
-  std::set<std::string> taken;
-  for (const auto& item : items_) {
-    if (item) taken.insert(item->GetFileName().utf8());
-  }
-  std::vector<ioPath> names;
-  names.reserve(count);
+std::vector<ioPath> FrameStorage::DrawNames(const std::vector<bool>& needsName) const {
   // One name per candidate, used or not: the generator sees every frame that was considered.
-  // A name that is already a file (another document's, an earlier save's) or that another
-  // frame holds is passed over; a generator that keeps repeating itself is given up on.
+  // Only the names that will be given out are checked, so that an edit costs no file system
+  // call per frame of the history: a name that is already a file (another document's, an earlier
+  // save's) or that another frame holds is passed over; a generator that keeps repeating itself
+  // is given up on.
   constexpr int kMaxSkipped = 10000;
   int skipped = 0;
-  while (names.size() < count) {
-    const ioPath name(nameGenerator_());
-    const bool usable =
-        IsPlainFileName(name) && !taken.contains(name.utf8()) && !(swapDirectory_ / name).exists();
-    if (usable) {
-      taken.insert(name.utf8());
+  std::set<std::string> taken;
+  bool takenKnown = false;
+  std::vector<ioPath> names;
+  names.reserve(needsName.size());
+  for (const bool needed : needsName) {
+    ioPath name(nameGenerator_());
+    if (!needed) {
       names.push_back(name);
       continue;
     }
-    CANVARO_LOG(WARNING) << "Swap file name '" << name.utf8()
-                         << "' is already in use or not a file name; drawing another";
-    if (++skipped > kMaxSkipped) {
-      ThrowCoded(CanvaroError::InvalidState,
-                 "The swap file name generator gave " + std::to_string(kMaxSkipped) +
-                     " names in a row that are in use or not file names (last: '" + name.utf8() +
-                     "')",
-                 BOOST_CURRENT_LOCATION);
+    if (!takenKnown) {
+      for (const auto& item : items_) {
+        if (item) taken.insert(item->GetFileName().utf8());
+      }
+      takenKnown = true;
     }
+    while (!IsPlainFileName(name) || taken.contains(name.utf8()) ||
+           (swapDirectory_ / name).exists()) {
+      CANVARO_LOG(WARNING) << "Swap file name '" << name.utf8()
+                           << "' is already in use or not a file name; drawing another";
+      if (++skipped > kMaxSkipped) {
+        ThrowCoded(CanvaroError::InvalidState,
+                   "The swap file name generator gave " + std::to_string(kMaxSkipped) +
+                       " names in a row that are in use or not file names (last: '" + name.utf8() +
+                       "')",
+                   BOOST_CURRENT_LOCATION);
+      }
+      name = ioPath(nameGenerator_());
+    }
+    taken.insert(name.utf8());
+    names.push_back(name);
   }
   return names;
 }

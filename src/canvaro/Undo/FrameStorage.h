@@ -140,9 +140,10 @@ class FrameStorage : public virtual Drevin::ISerializable {
   // Sets the sticky failed state, keeping the first cause for the errors that follow.
   void Fail(const std::string& cause) const;
   std::string FailureText() const;
-  // `count` usable swap file names: plain names that are neither files in the swap directory
-  // nor held by a frame. Throws whatever the generator throws, before anything is assigned.
-  std::vector<ioPath> DrawNames(std::size_t count) const;
+  // One swap file name per candidate; those whose `needsName` is true are usable: plain names
+  // that are neither files in the swap directory nor held by a frame. Throws whatever the
+  // generator throws, before anything is assigned.
+  std::vector<ioPath> DrawNames(const std::vector<bool>& needsName) const;
   // After frame `loaded` was read back: lets go of the least recently used written pictures
   // until the others are below the load budget.
   void KeepLoadsInBudget(Index loaded) const;
