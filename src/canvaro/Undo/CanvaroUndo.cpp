@@ -327,24 +327,16 @@ Index CanvaroUndo::GetLastActiveFrameIndex() const {
 // ---- events ----
 
 void CanvaroUndo::Notify(IDrawerEventHandler::EventFrameReason reason) const {
-  events_.PerformForEachEventHandler(
-      Core::EventPublisher(&IDrawerEventHandler::HandleFrame,
-                           Events::DrawerEventFrame(reason, DrawerEventOrigin::Here())));
+  Publish(events_, Events::DrawerEventFrame(reason, DrawerEventOrigin::Here()));
   for (const ShapeInfo& shape : shapes_->GetShapeItems(ShapeType::All)) {
-    events_.PerformForEachEventHandler(Core::EventPublisher(
-        &IDrawerEventHandler::HandleChangeShapeItem,
-        Events::DrawerEventShapeItem(shape, reason, DrawerEventOrigin::Here())));
+    Publish(events_, Events::DrawerEventShapeItem(shape, reason, DrawerEventOrigin::Here()));
   }
-  events_.PerformForEachEventHandler(
-      Core::EventPublisher(&IDrawerEventHandler::HandleChangeToSave,
-                           Events::DrawerEventChangeToSave(DrawerEventOrigin::Here())));
+  Publish(events_, Events::DrawerEventChangeToSave(DrawerEventOrigin::Here()));
 }
 
 void CanvaroUndo::NotifyTool(const MaskInfo& info) const {
-  events_.PerformForEachEventHandler(
-      Core::EventPublisher(&IDrawerEventHandler::HandleToolIdChange,
-                           Events::DrawerEventToolIdChange(static_cast<std::uint32_t>(ToolOf(info)),
-                                                           DrawerEventOrigin::Here())));
+  Publish(events_, Events::DrawerEventToolIdChange(static_cast<std::uint32_t>(ToolOf(info)),
+                                                   DrawerEventOrigin::Here()));
 }
 
 void CanvaroUndo::RegisterEventHandler(IDrawerEventHandler* handler) {
@@ -369,9 +361,7 @@ bool CanvaroUndo::IsSaved() const {
 void CanvaroUndo::SetSaved(bool saved) {
   if (MaskUndo* mask = CurrentMask()) mask->SetSaved(saved);
   shapes_->SetSaved(saved);
-  events_.PerformForEachEventHandler(
-      Core::EventPublisher(&IDrawerEventHandler::HandleChangeToSave,
-                           Events::DrawerEventChangeToSave(DrawerEventOrigin::Here())));
+  Publish(events_, Events::DrawerEventChangeToSave(DrawerEventOrigin::Here()));
 }
 
 // ---- items ----

@@ -17,31 +17,15 @@ namespace Kelbra::Canvaro {
 class DrawerEventForwarder : public virtual IDrawerEventHandler,
                              public virtual DrawerEventHandlerList {
  public:
-  void HandleUndo(const DrawerEventUndo& event) override {
-    PerformForEachEventHandler(Core::EventPublisher(&IDrawerEventHandler::HandleUndo, event));
-  }
-  void HandleFrame(const DrawerEventFrame& event) override {
-    PerformForEachEventHandler(Core::EventPublisher(&IDrawerEventHandler::HandleFrame, event));
-  }
-  void HandleChangeToSave(const DrawerEventChangeToSave& event) override {
-    PerformForEachEventHandler(
-        Core::EventPublisher(&IDrawerEventHandler::HandleChangeToSave, event));
-  }
+  void HandleUndo(const DrawerEventUndo& event) override { Publish(*this, event); }
+  void HandleFrame(const DrawerEventFrame& event) override { Publish(*this, event); }
+  void HandleChangeToSave(const DrawerEventChangeToSave& event) override { Publish(*this, event); }
   void HandleFrameTemporary(const DrawerEventFrameTemporary& event) override {
-    PerformForEachEventHandler(
-        Core::EventPublisher(&IDrawerEventHandler::HandleFrameTemporary, event));
+    Publish(*this, event);
   }
-  void HandleForeground(const DrawerEventForeground& event) override {
-    PerformForEachEventHandler(Core::EventPublisher(&IDrawerEventHandler::HandleForeground, event));
-  }
-  void HandleToolIdChange(const DrawerEventToolIdChange& event) override {
-    PerformForEachEventHandler(
-        Core::EventPublisher(&IDrawerEventHandler::HandleToolIdChange, event));
-  }
-  void HandleChangeShapeItem(const DrawerEventShapeItem& event) override {
-    PerformForEachEventHandler(
-        Core::EventPublisher(&IDrawerEventHandler::HandleChangeShapeItem, event));
-  }
+  void HandleForeground(const DrawerEventForeground& event) override { Publish(*this, event); }
+  void HandleToolIdChange(const DrawerEventToolIdChange& event) override { Publish(*this, event); }
+  void HandleChangeShapeItem(const DrawerEventShapeItem& event) override { Publish(*this, event); }
 };
 
 }  // namespace Kelbra::Canvaro

@@ -123,4 +123,24 @@ class IDrawerEventHandler {
 /// The observer list of every publisher of drawer events.
 using DrawerEventHandlerList = Core::EventHandlerList<IDrawerEventHandler, Core::SyncExecutePolicy>;
 
+namespace Details {
+// Which handler receives an event of each kind; the one place that pairs them.
+using H = IDrawerEventHandler;
+constexpr auto HandlerOf(const H::DrawerEventUndo&) { return &H::HandleUndo; }
+constexpr auto HandlerOf(const H::DrawerEventFrame&) { return &H::HandleFrame; }
+constexpr auto HandlerOf(const H::DrawerEventChangeToSave&) { return &H::HandleChangeToSave; }
+constexpr auto HandlerOf(const H::DrawerEventFrameTemporary&) { return &H::HandleFrameTemporary; }
+constexpr auto HandlerOf(const H::DrawerEventForeground&) { return &H::HandleForeground; }
+constexpr auto HandlerOf(const H::DrawerEventToolIdChange&) { return &H::HandleToolIdChange; }
+constexpr auto HandlerOf(const H::DrawerEventShapeItem&) { return &H::HandleChangeShapeItem; }
+}  // namespace Details
+
+/// Delivers a copy of `event` to every observer of `list` through the handler of its kind
+/// (HandleFrame for a DrawerEventFrame, and so on). What an observer throws passes to the caller,
+/// and the observers after it miss the event.
+template <class Event>
+void Publish(const DrawerEventHandlerList& list, const Event& event) {
+  list.PerformForEachEventHandler(Core::EventPublisher(Details::HandlerOf(event), event));
+}
+
 }  // namespace Kelbra::Canvaro

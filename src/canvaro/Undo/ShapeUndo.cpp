@@ -122,12 +122,9 @@ void ShapeUndo::RemoveShapeAllImpl(ShapeType mask, bool resetTool) {
 }
 
 void ShapeUndo::AnnounceChange(const ShapeUndoItem& item) {
-  PerformForEachEventHandler(Core::EventPublisher(
-      &IDrawerEventHandler::HandleChangeShapeItem,
-      DrawerEventShapeItem(item.GetCurrentShape(), Reason::Change, DrawerEventOrigin::Here())));
-  PerformForEachEventHandler(
-      Core::EventPublisher(&IDrawerEventHandler::HandleChangeToSave,
-                           DrawerEventChangeToSave(DrawerEventOrigin::Here())));
+  Publish(*this,
+          DrawerEventShapeItem(item.GetCurrentShape(), Reason::Change, DrawerEventOrigin::Here()));
+  Publish(*this, DrawerEventChangeToSave(DrawerEventOrigin::Here()));
 }
 
 unsigned ShapeUndo::GetShapeItemCount(ShapeType mask) const {

@@ -90,16 +90,16 @@ void ShapeUndoItem::UndoImpl() {
   if (GetCurrentIndexImpl() == kNoIndex || !IsUndoEnabledImpl()) return;
   const auto left = GetCurrentShape()->GetCurrentToolID();
   UndoRedoImpl(Reason::Undo);
-  Publish(IDrawerEventHandler::DrawerEventToolIdChange(static_cast<std::uint32_t>(left),
-                                                       DrawerEventOrigin::Here()));
+  Publish(*this, IDrawerEventHandler::DrawerEventToolIdChange(static_cast<std::uint32_t>(left),
+                                                              DrawerEventOrigin::Here()));
 }
 
 void ShapeUndoItem::RedoImpl() {
   if (!IsRedoEnabledImpl()) return;
   UndoRedoImpl(Reason::Redo);
   const auto reached = GetCurrentShape()->GetCurrentToolID();
-  Publish(IDrawerEventHandler::DrawerEventToolIdChange(static_cast<std::uint32_t>(reached),
-                                                       DrawerEventOrigin::Here()));
+  Publish(*this, IDrawerEventHandler::DrawerEventToolIdChange(static_cast<std::uint32_t>(reached),
+                                                              DrawerEventOrigin::Here()));
 }
 
 void ShapeUndoItem::UndoRedoImpl(IDrawerEventHandler::EventFrameReason reason) {
@@ -108,17 +108,9 @@ void ShapeUndoItem::UndoRedoImpl(IDrawerEventHandler::EventFrameReason reason) {
   } else {
     History::RedoImpl();
   }
-  PerformForEachEventHandler(
-      Core::EventPublisher(&IDrawerEventHandler::HandleChangeShapeItem,
-                           IDrawerEventHandler::DrawerEventShapeItem(GetCurrentShape(), reason,
-                                                                     DrawerEventOrigin::Here())));
-  PerformForEachEventHandler(Core::EventPublisher(
-      &IDrawerEventHandler::HandleChangeToSave,
-      IDrawerEventHandler::DrawerEventChangeToSave(DrawerEventOrigin::Here())));
-}
-
-void ShapeUndoItem::Publish(const IDrawerEventHandler::DrawerEventToolIdChange& event) const {
-  PerformForEachEventHandler(Core::EventPublisher(&IDrawerEventHandler::HandleToolIdChange, event));
+  Publish(*this, IDrawerEventHandler::DrawerEventShapeItem(GetCurrentShape(), reason,
+                                                           DrawerEventOrigin::Here()));
+  Publish(*this, IDrawerEventHandler::DrawerEventChangeToSave(DrawerEventOrigin::Here()));
 }
 
 }  // namespace Kelbra::Canvaro

@@ -79,7 +79,6 @@ class ShapeUndoItem : public TUndoImplTop<ShapeInfo, void*>,
  private:
   /// Moves the cursor and announces the shape now in force.
   void UndoRedoImpl(IDrawerEventHandler::EventFrameReason reason);
-  void Publish(const IDrawerEventHandler::DrawerEventToolIdChange& event) const;
 
   std::string name_;
 };

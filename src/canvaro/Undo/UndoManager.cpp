@@ -197,13 +197,10 @@ void UndoManager::HandleChangeToSave(const DrawerEventChangeToSave& event) {
 }
 
 void UndoManager::HandleFrameTemporary(const DrawerEventFrameTemporary& event) {
-  PerformForEachEventHandler(
-      Core::EventPublisher(&IDrawerEventHandler::HandleFrameTemporary, event));
+  Publish(*this, event);
 }
 
-void UndoManager::HandleForeground(const DrawerEventForeground& event) {
-  PerformForEachEventHandler(Core::EventPublisher(&IDrawerEventHandler::HandleForeground, event));
-}
+void UndoManager::HandleForeground(const DrawerEventForeground& event) { Publish(*this, event); }
 
 void UndoManager::HandleToolIdChange(const DrawerEventToolIdChange& event) {
   if (toolIdChangePending_ && pendingToolIdChange_.toolId != DrawerEventToolIdChange::kNoToolId) {
@@ -232,26 +229,22 @@ void UndoManager::Notify() {
   const std::vector<DrawerEventShapeItem> shapeItems = std::exchange(pendingShapeItems_, {});
 
   if (undo) {
-    PerformForEachEventHandler(
-        Core::EventPublisher(&IDrawerEventHandler::HandleUndo, pendingUndo_));
+    Publish(*this, pendingUndo_);
   }
   if (changeToSave) {
-    PerformForEachEventHandler(
-        Core::EventPublisher(&IDrawerEventHandler::HandleChangeToSave, pendingChangeToSave_));
+    Publish(*this, pendingChangeToSave_);
   }
   if (toolIdChange) {
-    PerformForEachEventHandler(
-        Core::EventPublisher(&IDrawerEventHandler::HandleToolIdChange, pendingToolIdChange_));
+    Publish(*this, pendingToolIdChange_);
   }
   if (frame) {
     for (const DrawerEventFrame& event : frames) {
-      PerformForEachEventHandler(Core::EventPublisher(&IDrawerEventHandler::HandleFrame, event));
+      Publish(*this, event);
     }
   }
   if (shapeItem) {
     for (const DrawerEventShapeItem& event : shapeItems) {
-      PerformForEachEventHandler(
-          Core::EventPublisher(&IDrawerEventHandler::HandleChangeShapeItem, event));
+      Publish(*this, event);
     }
   }
 }
