@@ -228,24 +228,14 @@ void UndoManager::Notify() {
   const std::vector<DrawerEventFrame> frames = std::exchange(pendingFrames_, {});
   const std::vector<DrawerEventShapeItem> shapeItems = std::exchange(pendingShapeItems_, {});
 
-  if (undo) {
-    Publish(*this, pendingUndo_);
-  }
-  if (changeToSave) {
-    Publish(*this, pendingChangeToSave_);
-  }
-  if (toolIdChange) {
-    Publish(*this, pendingToolIdChange_);
-  }
+  if (undo) Publish(*this, pendingUndo_);
+  if (changeToSave) Publish(*this, pendingChangeToSave_);
+  if (toolIdChange) Publish(*this, pendingToolIdChange_);
   if (frame) {
-    for (const DrawerEventFrame& event : frames) {
-      Publish(*this, event);
-    }
+    for (const DrawerEventFrame& event : frames) Publish(*this, event);
   }
   if (shapeItem) {
-    for (const DrawerEventShapeItem& event : shapeItems) {
-      Publish(*this, event);
-    }
+    for (const DrawerEventShapeItem& event : shapeItems) Publish(*this, event);
   }
 }
 
