@@ -26,7 +26,7 @@
 #include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
-#include "support/Documents.h"
+#include "support/DocumentTest.h"
 #include "support/Pictures.h"
 #include "support/TempDir.h"
 
@@ -43,6 +43,7 @@ namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
+using canvaro_test::Picture;
 using canvaro_test::Settings;
 
 constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
@@ -93,12 +94,6 @@ struct Model {
 
 // ---- building what the document receives ----
 
-Proc::IDataVideoPtr Picture(std::uint8_t fill) {
-  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1});
-  picture->Fill(Proc::Color(fill, fill, fill, 255));
-  return picture;
-}
-
 Proc::IDataVideoPtr MaskPicture(const MaskPixels& pixels) {
   auto mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight, 1, 1});
   auto plane = mask->GetPlane(0);
@@ -145,41 +140,34 @@ class RandomSession {
   // Runs `operations` random operations; stops at the first difference from the model and
   // describes it.
   testing::AssertionResult Run(int operations) {
+    struct Operation {
+      int share;  // of the rolls out of 100
+      const char* name;
+      void (RandomSession::*run)();
+    };
+    static constexpr Operation kOperations[] = {
+        {14, "add", &RandomSession::AddNextStep},
+        {3, "set", &RandomSession::SetStep},
+        {3, "shape state passed back", &RandomSession::ShapeStatePassedBack},
+        {13, "stroke", &RandomSession::Stroke},
+        {2, "clear mask", &RandomSession::ClearMask},
+        {10, "place shape", &RandomSession::PlaceShape},
+        {7, "move shape", &RandomSession::MoveShape},
+        {3, "remove shapes", &RandomSession::RemoveShapes},
+        {6, "transaction", &RandomSession::CommittedTransaction},
+        {2, "rollback", &RandomSession::RolledBackTransaction},
+        {17, "undo", &RandomSession::Undo},
+        {14, "redo", &RandomSession::Redo},
+        {2, "refused call", &RandomSession::RefusedCall},
+        {2, "save", &RandomSession::SaveWhileWorking},
+        {2, "save and load", &RandomSession::SaveAndLoad},
+    };
     Do("add source", [&] { AddStep(/*first=*/true); });
     for (int i = 0; i < operations; ++i) {
-      const int roll = Uniform(0, 99);
-      testing::AssertionResult result = testing::AssertionSuccess();
-      if (roll < 14) {
-        result = Do("add", [&] { AddStep(false); });
-      } else if (roll < 17) {
-        result = Do("set", [&] { SetStep(); });
-      } else if (roll < 20) {
-        result = Do("shape state passed back", [&] { ShapeStatePassedBack(); });
-      } else if (roll < 33) {
-        result = Do("stroke", [&] { Stroke(); });
-      } else if (roll < 35) {
-        result = Do("clear mask", [&] { ClearMask(); });
-      } else if (roll < 45) {
-        result = Do("place shape", [&] { PlaceShape(); });
-      } else if (roll < 52) {
-        result = Do("move shape", [&] { MoveShape(); });
-      } else if (roll < 55) {
-        result = Do("remove shapes", [&] { RemoveShapes(); });
-      } else if (roll < 61) {
-        result = Do("transaction", [&] { Transaction(/*commit=*/true); });
-      } else if (roll < 63) {
-        result = Do("rollback", [&] { Transaction(/*commit=*/false); });
-      } else if (roll < 80) {
-        result = Do("undo", [&] { Undo(); });
-      } else if (roll < 94) {
-        result = Do("redo", [&] { Redo(); });
-      } else if (roll < 96) {
-        result = Do("refused call", [&] { RefusedCall(); });
-      } else if (roll < 98) {
-        result = Do("save", [&] { SaveWhileWorking(); });
-      } else {
-        result = Do("save and load", [&] { SaveAndLoad(); });
-      }
+      int roll = Uniform(0, 99);
+      const Operation* operation = kOperations;
+      while ((roll -= operation->share) >= 0) ++operation;
+      testing::AssertionResult result = Do(operation->name, [&] { (this->*operation->run)(); });
       if (!result) return result;
     }
     return Do("final save and load", [&] { SaveAndLoad(); });
@@ -335,6 +323,10 @@ class RandomSession {
       }
     }
   }
+
+  void AddNextStep() { AddStep(/*first=*/false); }
+  void CommittedTransaction() { Transaction(/*commit=*/true); }
+  void RolledBackTransaction() { Transaction(/*commit=*/false); }
 
   void Stroke() {
     View view = model_.BeginEdit();
