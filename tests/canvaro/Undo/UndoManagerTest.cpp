@@ -14,6 +14,7 @@
 #include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Documents.h"
 #include "support/Errors.h"
 #include "support/Outcome.h"
 #include "support/RecordingObserver.h"
@@ -30,30 +31,20 @@ using ::testing::HasSubstr;
 using Reason = IDrawerEventHandler::EventFrameReason;
 using Handler = IDrawerEventHandler;
 
-struct Note : Drevin::ISerializable {
-  Note() = default;
-  explicit Note(std::string t) : text(std::move(t)) {}
-  void Serialize(const Drevin::ISerializerPtr& s) const override { s->WriteString("Text", text); }
-  void Deserialize(const Drevin::ISerializerConstPtr& s) override {
-    text = s->ReadString("Text", text);
-  }
-  std::string text;
-};
-
 // A participant: a small history on the template that publishes drawer events to its observers
 // (the manager observes it; events handed to it are passed on) and writes what it is asked to do
 // into a shared journal.
-class Participant : public TUndoImplTop<Note, void*>, public DrawerEventForwarder {
+class Participant : public TUndoImplTop<SettingsCore, void*>, public DrawerEventForwarder {
  public:
   Participant(std::string name, std::vector<std::string>& journal, FrameStorage* storage = nullptr)
-      : TUndoImpl<Note, void*>(storage),
+      : TUndoImpl<SettingsCore, void*>(storage),
         TUndoImplTop(storage),
         name_(std::move(name)),
         journal_(journal) {}
 
   // Pushes a state and reports the change as the document would.
   void Edit(const std::string& text, Index frame = kNoIndex) {
-    Push(Note(text));
+    Push(canvaro_test::Settings(text));
     Get(GetCurrentIndexImpl()).SetFrameIndex(frame);
   }
 
@@ -74,7 +65,9 @@ class Participant : public TUndoImplTop<Note, void*>, public DrawerEventForwarde
   }
   std::string GetMultiName() const override { return name_; }
 
-  std::string Text() const { return Get(GetCurrentIndexImpl()).GetInfo().text; }
+  std::string Text() const {
+    return Get(GetCurrentIndexImpl()).GetInfo().GetEffectsSettings().GetPackage().GetName();
+  }
 
   // What to publish on undo and redo: a shape-item event, a frame event and a tool change, in
   // an order the manager has to rearrange.
