@@ -18,6 +18,7 @@
 #include "canvaro/settings/ICanvaroBrush.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Pictures.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -65,12 +66,10 @@ struct Model {
       std::memcpy(plane.GetOffsetPtr(0, y), &bytes[y * width], width);
     return picture;
   }
-  static Model Of(const Proc::IDataVideo& picture) {
-    Model model{picture.GetFrameInfo().width, picture.GetFrameInfo().height};
-    const auto plane = picture.GetPlane(0);
-    for (std::int32_t y = 0; y < model.height; ++y)
-      std::memcpy(&model.bytes[y * model.width], plane.GetOffsetPtr(0, y), model.width);
-    return model;
+  // The bytes of a mask picture, row after row.
+  static std::vector<std::uint8_t> BytesOf(const Proc::IDataVideo& picture) {
+    const std::string packed = canvaro_test::PackedBytes(picture);
+    return {packed.begin(), packed.end()};
   }
 };
 
@@ -100,7 +99,7 @@ class MaskUndoTest : public ::testing::Test {
       EXPECT_EQ(working, nullptr) << "an unpainted mask stays in the storage";
     } else {
       ASSERT_NE(working, nullptr);
-      EXPECT_TRUE(Model::Of(*working).bytes == model.bytes) << "pixels differ";
+      EXPECT_TRUE(Model::BytesOf(*working) == model.bytes) << "pixels differ";
     }
     EXPECT_EQ(mask.GetPixelCount({}), model.bytes.size() - model.Count(0));
     for (std::uint8_t value : {7, 90, 200})
@@ -304,7 +303,7 @@ TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
   EXPECT_TRUE(loaded.IsSaved());
   EXPECT_EQ(loaded.GetInfo().GetTop(), s.infos[3].GetTop());
   EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
-  EXPECT_EQ(Model::Of(*Working(loaded)).bytes, s.states[3].bytes);
+  EXPECT_EQ(Model::BytesOf(*Working(loaded)), s.states[3].bytes);
   loaded.UndoImpl();
   ExpectMask(loaded, s.states[2], "loaded, undone");
   loaded.RedoImpl();
