@@ -135,6 +135,18 @@ TEST_F(UndoManagerTest, TransactionsMakeOneStepAndUndoItBackwards) {
   manager_->Redo();
   EXPECT_THAT(journal_, ElementsAre("A undo", "B undo", "A undo", "A redo", "B redo", "A redo"));
   EXPECT_EQ(a_.Text(), "A3");
+
+  // A transaction committed after two undos drops both redo steps.
+  Change(b_, "B2");
+  Change(c_, "C1");
+  manager_->Undo();
+  manager_->Undo();
+  {
+    RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
+    Change(a_, "A4");
+  }
+  EXPECT_EQ(manager_->GetStepCount(), 3u);
+  EXPECT_FALSE(manager_->IsRedoEnabled());
 }
 
 TEST_F(UndoManagerTest, EmptyCommitMakesNoStepAndDeliversNothing) {
