@@ -159,7 +159,7 @@ TEST_F(CanvaroUndoEditTest, AddAfterUndoDropsEveryRedoTailAndItsFrames) {
   const Index framesOfOneStep = doc->GetFrameStorage().GetCount();
   doc->Add(Settings("Brush"), Picture(2), nullptr, NoMask());
   doc->SetShape(Line(), Picture(9, 2, 2));
-  const Index shapeFrame = doc->GetShapeItemVideoIndex(0, ICanvaroUndo::kCurrentItem);
+  const Index shapeFrame = doc->GetShapeItemVideoIndex(0, kCurrent);
   doc->AddMask(FirstStroke(), Mask(1, 4, 1, 3));
   ASSERT_GT(doc->GetFrameStorage().GetCount(), shapeFrame + 1);
 
@@ -169,19 +169,12 @@ TEST_F(CanvaroUndoEditTest, AddAfterUndoDropsEveryRedoTailAndItsFrames) {
   ASSERT_EQ(doc->GetCurrentIndex(), 0u);
   doc->Add(Settings("Other"), Picture(3), nullptr, NoMask());
 
-  EXPECT_EQ(Steps(), 2u);
-  EXPECT_FALSE(doc->IsRedoEnabled());
-  EXPECT_EQ(doc->GetVideoCount(), 2u);
-  EXPECT_EQ(doc->GetSettings(1).GetEffectsSettings().GetPackage().GetName(), "Other");
-  // The frames after the shape's picture (the stroke's) are gone. The picture stays: the shape's
-  // hidden first state still shows it (a fuzzer once found it dropped), and the storage drops
-  // only a tail.
+  // What the document shows after it is the randomized session's to check. The frames after the
+  // shape's picture (the stroke's) are gone. The picture stays: the shape's hidden first state
+  // still shows it (a fuzzer once found it dropped), and the storage drops only a tail.
   EXPECT_EQ(doc->GetFrameStorage().GetCount(), shapeFrame + 1 + framesOfOneStep);
   EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 0u);
-  EXPECT_EQ(Pixels(doc->GetShapeItemVideo(0, ICanvaroUndo::kCurrentItem)),
-            Pixels(Picture(9, 2, 2)));
-  EXPECT_EQ(Pixels(doc->GetVideo(1)), Pixels(Picture(3)));
-  EXPECT_EQ(Pixels(doc->GetVideo(0)), Pixels(Picture(1)));
+  EXPECT_EQ(Pixels(doc->GetShapeItemVideo(0, kCurrent)), Pixels(Picture(9, 2, 2)));
 }
 
 TEST_F(CanvaroUndoEditTest, QueriesAnswerForTheItemInForceOrTheOneNamed) {

@@ -31,12 +31,6 @@ using namespace canvaro_test;
 
 constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
 
-ShapeInfo Line(double x) {
-  auto line = LineInfo::Create(IToolsId::SHAPE_LINE);
-  line->GetPosition().SetX(x);
-  return ShapeInfo(*line);
-}
-
 class CanvaroUndoSerializeTest : public DocumentTest {
  protected:
   // Three items, two strokes on the second, a shape with a picture, a second shape and a
@@ -47,7 +41,7 @@ class CanvaroUndoSerializeTest : public DocumentTest {
              Mask(0, 2, 0, 2));
     const auto firstStroke = MaskPicture(0, 4, 0, 3, 90, 6, 4);
     doc->AddMask(firstStroke, Mask(0, 4, 0, 3));
-    doc->SetShape(Line(0.2), Picture(9, 2, 2));
+    doc->SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), Picture(9, 2, 2));
     doc->AddMask(Painted(firstStroke, 2, 6, 1, 4, 7), Mask(2, 6, 1, 4));
     doc->SetShape(ShapeInfo(*RectangleInfo::Create(IToolsId::SHAPE_FRAME)), nullptr);
     doc->RemoveShapeAll(ShapeType::Rectangle);

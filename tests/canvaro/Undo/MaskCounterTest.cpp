@@ -102,11 +102,8 @@ TEST(MaskCounterTest, ReadsOverTheCurrentCounters) {
   EXPECT_EQ(old.Get({7}), 0u);
 
   // An empty list keeps every per-value counter; the total is read.
-  Core::Property emptyList;
-  emptyList.SetInt64("PixelCount", 40);
-  emptyList.AddCollection("PixelCountDetail");
   MaskCounter counter = SomeCounts();
-  Read(counter, emptyList);
+  Read(counter, DetailRecord(40, {}));
   EXPECT_EQ(counter.Get({}), 40u);
   EXPECT_EQ(counter.Get({7}), 3u);
   EXPECT_EQ(counter.Get({90}), 2u);

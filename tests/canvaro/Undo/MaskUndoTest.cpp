@@ -18,6 +18,7 @@
 #include "canvaro/settings/ICanvaroBrush.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
+#include "support/Pictures.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -65,12 +66,10 @@ struct Model {
       std::memcpy(plane.GetOffsetPtr(0, y), &bytes[y * width], width);
     return picture;
   }
-  static Model Of(const Proc::IDataVideo& picture) {
-    Model model{picture.GetFrameInfo().width, picture.GetFrameInfo().height};
-    const auto plane = picture.GetPlane(0);
-    for (std::int32_t y = 0; y < model.height; ++y)
-      std::memcpy(&model.bytes[y * model.width], plane.GetOffsetPtr(0, y), model.width);
-    return model;
+  // The bytes of a mask picture, row after row.
+  static std::vector<std::uint8_t> BytesOf(const Proc::IDataVideo& picture) {
+    const std::string packed = canvaro_test::PackedBytes(picture);
+    return {packed.begin(), packed.end()};
   }
 };
 
@@ -100,7 +99,7 @@ class MaskUndoTest : public ::testing::Test {
       EXPECT_EQ(working, nullptr) << "an unpainted mask stays in the storage";
     } else {
       ASSERT_NE(working, nullptr);
-      EXPECT_TRUE(Model::Of(*working).bytes == model.bytes) << "pixels differ";
+      EXPECT_TRUE(Model::BytesOf(*working) == model.bytes) << "pixels differ";
     }
     EXPECT_EQ(mask.GetPixelCount({}), model.bytes.size() - model.Count(0));
     for (std::uint8_t value : {7, 90, 200})
@@ -115,13 +114,13 @@ class MaskUndoTest : public ::testing::Test {
 
 // A history of four strokes over a painted start, with its expected masks.
 struct Strokes {
+  std::unique_ptr<MaskUndo> mask;
   std::vector<Model> states;
   std::vector<MaskInfo> infos;
 };
 
 // `scale` multiplies the mask's size and every rectangle.
-Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<MaskUndo>& owner,
-                     std::int32_t scale = 1) {
+Strokes PaintStrokes(FrameStorage& storage, std::int32_t scale = 1) {
   const auto Rect = [scale](std::int32_t left, std::int32_t right, std::int32_t top,
                             std::int32_t bottom) {
     return ::Rect(left * scale, right * scale, top * scale, bottom * scale);
@@ -130,9 +129,8 @@ Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<Mas
   const Model blank{kWidth * scale, kHeight * scale};
   s.states.push_back(blank.Painted(Rect(10, 30, 5, 20), ICanvaroBrush::INDEX_DEFAULT));
   s.infos.push_back(Rect(0, kWidth, 0, kHeight));
-  owner = std::make_unique<MaskUndo>(&storage, blank.width, blank.height, s.states[0].Picture(),
-                                     s.infos[0]);
-  mask = owner.get();
+  s.mask = std::make_unique<MaskUndo>(&storage, blank.width, blank.height, s.states[0].Picture(),
+                                      s.infos[0]);
   struct Stroke {
     MaskInfo info;
     std::uint8_t value;
@@ -147,7 +145,7 @@ Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<Mas
   for (const auto& [info, value, solid] : strokes) {
     s.states.push_back(s.states.back().Painted(info, value, solid));
     s.infos.push_back(info);
-    EXPECT_TRUE(mask->PushMask(info, s.states.back().Picture()));
+    EXPECT_TRUE(s.mask->PushMask(info, s.states.back().Picture()));
   }
   return s;
 }
@@ -156,27 +154,26 @@ Strokes PaintStrokes(MaskUndo*& mask, FrameStorage& storage, std::unique_ptr<Mas
 class MaskUndoScales : public MaskUndoTest, public ::testing::WithParamInterface<std::int32_t> {};
 
 TEST_P(MaskUndoScales, StrokesUndoAndRedoInAnyOrder) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner, GetParam());
-  ASSERT_EQ(mask->GetItemCount(), 5u);
-  ExpectMask(*mask, s.states[4], "after the strokes");
+  const Strokes s = PaintStrokes(*storage_, GetParam());
+  MaskUndo& mask = *s.mask;
+  ASSERT_EQ(mask.GetItemCount(), 5u);
+  ExpectMask(mask, s.states[4], "after the strokes");
 
   std::mt19937 random(42);
   for (int step = 0; step < 120; ++step) {
     const bool undo = random() % 2 == 0;
-    const Index before = mask->GetCurrentIndexImpl();
+    const Index before = mask.GetCurrentIndexImpl();
     if (undo) {
-      mask->UndoImpl();
-      EXPECT_EQ(mask->GetCurrentIndexImpl(), before == 0 ? 0 : before - 1);
+      mask.UndoImpl();
+      EXPECT_EQ(mask.GetCurrentIndexImpl(), before == 0 ? 0 : before - 1);
     } else {
-      mask->RedoImpl();
-      EXPECT_EQ(mask->GetCurrentIndexImpl(), before == 4 ? 4 : before + 1);
+      mask.RedoImpl();
+      EXPECT_EQ(mask.GetCurrentIndexImpl(), before == 4 ? 4 : before + 1);
     }
-    const Index now = mask->GetCurrentIndexImpl();
-    ExpectMask(*mask, s.states[now], "step " + std::to_string(step));
-    EXPECT_EQ(mask->GetInfo().GetLeft(), s.infos[now].GetLeft());
-    EXPECT_EQ(mask->GetInfo().GetBottom(), s.infos[now].GetBottom());
+    const Index now = mask.GetCurrentIndexImpl();
+    ExpectMask(mask, s.states[now], "step " + std::to_string(step));
+    EXPECT_EQ(mask.GetInfo().GetLeft(), s.infos[now].GetLeft());
+    EXPECT_EQ(mask.GetInfo().GetBottom(), s.infos[now].GetBottom());
     // Now and then every picture goes to disk, the working mask included, and comes back;
     // sometimes the next step runs while the worker is still writing.
     if (step % 9 == 0) {
@@ -187,76 +184,57 @@ TEST_P(MaskUndoScales, StrokesUndoAndRedoInAnyOrder) {
     }
   }
 
-  // A bar at the left edge replaces everything: its right side ends inside a block of 64 bytes,
-  // and at scale 7 each of its columns holds 256 painted pixels, more than a batch of counts.
-  const Model& last = s.states[mask->GetCurrentIndexImpl()];
-  const Model bar = Model{last.width, last.height}.Painted(Rect(0, 40, 1, 257), 90, true);
-  ASSERT_TRUE(mask->PushMask(Rect(0, last.width, 0, last.height), bar.Picture()));
-  ExpectMask(*mask, bar, "bar");
+  // A stroke made two steps back from the end drops the redo tail and its pictures. It erases
+  // everything: an unpainted mask is not stored at all.
+  while (mask.IsRedoEnabledImpl()) mask.RedoImpl();
+  mask.UndoImpl();
+  mask.UndoImpl();
+  const Index tail3 = mask.Get(3).GetFrameIndex();
+  const Index tail4 = mask.Get(4).GetFrameIndex();
+  const Model blank{s.states[0].width, s.states[0].height};
+  ASSERT_TRUE(mask.PushMask(Rect(0, blank.width, 0, blank.height), blank.Picture()));
+  EXPECT_EQ(mask.GetItemCount(), 4u);
+  EXPECT_FALSE(mask.IsRedoEnabledImpl());
+  EXPECT_EQ(storage_->GetFrame(tail3), nullptr);
+  EXPECT_EQ(storage_->GetFrame(tail4), nullptr);
+  ExpectMask(mask, blank, "erased");
+  mask.UndoImpl();
+  ExpectMask(mask, s.states[2], "erase undone");
+  mask.RedoImpl();
+
+  // A bar at the left edge, painted on the dropped mask: its right side ends inside a block of
+  // 64 bytes, and at scale 7 each of its columns holds 256 painted pixels, more than a batch of
+  // counts.
+  const Model bar = blank.Painted(Rect(0, 40, 1, 257), 90, true);
+  ASSERT_TRUE(mask.PushMask(Rect(0, blank.width, 0, blank.height), bar.Picture()));
+  ExpectMask(mask, bar, "bar");
 
   // A recount on demand finds the same, whatever rectangle it is given.
-  mask->CheckInfo(Rect(0, 1, 0, 1));
-  EXPECT_EQ(mask->GetInfo().GetRight(), 1);
-  ExpectMask(*mask, bar, "recounted");
+  mask.CheckInfo(Rect(0, 1, 0, 1));
+  EXPECT_EQ(mask.GetInfo().GetRight(), 1);
+  ExpectMask(mask, bar, "recounted");
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, MaskUndoScales, ::testing::Values(1, 7));
 
-TEST_F(MaskUndoTest, NewStrokeAfterUndoDropsTheRedoTailAndItsPictures) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
-  mask->UndoImpl();
-  mask->UndoImpl();
-  const Index tail3 = mask->Get(3).GetFrameIndex();
-  const Index tail4 = mask->Get(4).GetFrameIndex();
-  const Model next = s.states[2].Painted(Rect(5, 15, 5, 15), 200);
-  ASSERT_TRUE(mask->PushMask(Rect(5, 15, 5, 15), next.Picture()));
-  EXPECT_EQ(mask->GetItemCount(), 4u);
-  EXPECT_FALSE(mask->IsRedoEnabledImpl());
-  EXPECT_EQ(storage_->GetFrame(tail3), nullptr);
-  EXPECT_EQ(storage_->GetFrame(tail4), nullptr);
-  ExpectMask(*mask, next, "after the new stroke");
-  mask->UndoImpl();
-  ExpectMask(*mask, s.states[2], "after undoing it");
-}
-
-TEST_F(MaskUndoTest, AnUnpaintedMaskIsNotStored) {
-  MaskUndo mask(storage_.get(), kWidth, kHeight, Model().Picture(), Rect(0, kWidth, 0, kHeight));
-  ExpectMask(mask, Model(), "blank start");
-
-  // Painting on the dropped mask, then erasing it all, then stepping back and forth.
-  const Model painted = Model().Painted(Rect(4, 6, 5, 8), 90);
-  ASSERT_TRUE(mask.PushMask(Rect(4, 6, 5, 8), painted.Picture()));
-  ASSERT_TRUE(mask.PushMask(Rect(0, 10, 0, 10), Model().Picture()));
-  ExpectMask(mask, Model(), "erased");
-  mask.UndoImpl();
-  ExpectMask(mask, painted, "erase undone");
-  mask.UndoImpl();
-  ExpectMask(mask, Model(), "paint undone");
-  mask.RedoImpl();
-  ExpectMask(mask, painted, "paint redone");
-}
-
 // Strokes over empty rectangles are refused quietly, bad pictures with an exception; neither
 // changes anything, and an empty history takes no strokes.
 TEST_F(MaskUndoTest, RefusedStrokesChangeNothing) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
+  const Strokes s = PaintStrokes(*storage_);
+  MaskUndo& mask = *s.mask;
   const Model other = s.states[4].Painted(Rect(0, 10, 0, 10), 7);
-  EXPECT_FALSE(mask->PushMask(Rect(5, 5, 0, 10), other.Picture()));    // no width
-  EXPECT_FALSE(mask->PushMask(Rect(0, 10, 8, 3), other.Picture()));    // negative height
-  EXPECT_FALSE(mask->PushMask(Rect(70, 90, 0, 10), other.Picture()));  // beside the mask
-  EXPECT_FALSE(mask->PushMask(Rect(5, 5, 0, 10), nullptr));
+  EXPECT_FALSE(mask.PushMask(Rect(5, 5, 0, 10), other.Picture()));    // no width
+  EXPECT_FALSE(mask.PushMask(Rect(0, 10, 8, 3), other.Picture()));    // negative height
+  EXPECT_FALSE(mask.PushMask(Rect(70, 90, 0, 10), other.Picture()));  // beside the mask
+  EXPECT_FALSE(mask.PushMask(Rect(5, 5, 0, 10), nullptr));
   const auto rgba = Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1});
-  EXPECT_THROW(mask->PushMask(Rect(0, 5, 0, 5), rgba), CanvaroException);
+  EXPECT_THROW(mask.PushMask(Rect(0, 5, 0, 5), rgba), CanvaroException);
   const auto small = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth - 1, kHeight, 1, 1});
-  EXPECT_THROW(mask->PushMask(Rect(0, 5, 0, 5), small), CanvaroException);
-  EXPECT_THROW(mask->PushMask(Rect(0, 5, 0, 5), Working(*mask)), CanvaroException);
+  EXPECT_THROW(mask.PushMask(Rect(0, 5, 0, 5), small), CanvaroException);
+  EXPECT_THROW(mask.PushMask(Rect(0, 5, 0, 5), Working(mask)), CanvaroException);
   EXPECT_THROW(MaskUndo(storage_.get(), kWidth, kHeight, rgba, Rect(0, 5, 0, 5)), CanvaroException);
-  EXPECT_EQ(mask->GetItemCount(), 5u);
-  ExpectMask(*mask, s.states[4], "unchanged");
+  EXPECT_EQ(mask.GetItemCount(), 5u);
+  ExpectMask(mask, s.states[4], "unchanged");
 
   MaskUndo empty(storage_.get());
   EXPECT_FALSE(empty.PushMask(Rect(0, 5, 0, 5), other.Picture()));
@@ -264,34 +242,35 @@ TEST_F(MaskUndoTest, RefusedStrokesChangeNothing) {
   empty.RedoImpl();
   EXPECT_EQ(empty.GetItemCount(), 0u);
   EXPECT_EQ(empty.GetPixelCount({}), 0u);
+  // Nor is an unpainted mask stored when a history starts from one.
+  MaskUndo blank(storage_.get(), kWidth, kHeight, Model().Picture(), Rect(0, kWidth, 0, kHeight));
+  ExpectMask(blank, Model(), "blank start");
 }
 
 TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* original = nullptr;
-  const Strokes s = PaintStrokes(original, *storage_, owner);
-  original->UndoImpl();
-  original->SetSaved(true);
+  const Strokes s = PaintStrokes(*storage_);
+  MaskUndo& original = *s.mask;
+  original.UndoImpl();
+  original.SetSaved(true);
 
   MaskUndo copy(storage_.get(), kWidth, kHeight, Model().Painted(Rect(0, 3, 0, 3), 7).Picture(),
                 Rect(0, 3, 0, 3));
-  copy.CopyFrom(*original);
+  copy.CopyFrom(original);
   ASSERT_EQ(copy.GetItemCount(), 4u);
   EXPECT_EQ(copy.GetCurrentIndexImpl(), 3u);
   EXPECT_TRUE(copy.IsSaved());
   EXPECT_EQ(copy.GetInfo().GetRight(), s.infos[3].GetRight());
   for (Index i = 0; i < 4; ++i)
-    EXPECT_NE(copy.Get(i).GetFrameIndex(), original->Get(i).GetFrameIndex());
-  EXPECT_NE(Working(copy), Working(*original));
+    EXPECT_NE(copy.Get(i).GetFrameIndex(), original.Get(i).GetFrameIndex());
   ExpectMask(copy, s.states[3], "copy");
 
   // The two histories no longer share pixels.
   copy.UndoImpl();
   copy.UndoImpl();
   ExpectMask(copy, s.states[1], "copy undone twice");
-  ExpectMask(*original, s.states[3], "original untouched");
-  original->RedoImpl();
-  ExpectMask(*original, s.states[4], "original redone");
+  ExpectMask(original, s.states[3], "original untouched");
+  original.RedoImpl();
+  ExpectMask(original, s.states[4], "original redone");
 
   // Copying itself drops the redo tail; an empty history copies as empty.
   copy.CopyFrom(copy);
@@ -304,18 +283,16 @@ TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {
 }
 
 TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
-  std::unique_ptr<MaskUndo> owner;
-  MaskUndo* mask = nullptr;
-  const Strokes s = PaintStrokes(mask, *storage_, owner);
-  mask->UndoImpl();  // the redo tail is saved too
-  mask->SetSaved(true);
+  Strokes s = PaintStrokes(*storage_);
+  s.mask->UndoImpl();  // the redo tail is saved too
+  s.mask->SetSaved(true);
 
   Core::Property tree;
-  mask->Serialize(Drevin::SerializerProperty::Create(tree));
+  s.mask->Serialize(Drevin::SerializerProperty::Create(tree));
   EXPECT_EQ(tree.GetChild("MaskCounter").GetInt64("PixelCount"),
-            static_cast<std::int64_t>(mask->GetPixelCount({})));
+            static_cast<std::int64_t>(s.mask->GetPixelCount({})));
   storage_->WaitForPendingSaves();
-  owner.reset();
+  s.mask.reset();
   storage_ = std::make_unique<FrameStorage>(dir_.path(), Names());
   storage_->AddFrame(nullptr);  // indices in the new storage differ from the saved ones
 
@@ -324,9 +301,9 @@ TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
   ASSERT_EQ(loaded.GetItemCount(), 5u);
   EXPECT_EQ(loaded.GetCurrentIndexImpl(), 3u);
   EXPECT_TRUE(loaded.IsSaved());
-  EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
   EXPECT_EQ(loaded.GetInfo().GetTop(), s.infos[3].GetTop());
-  EXPECT_EQ(Model::Of(*Working(loaded)).bytes, s.states[3].bytes);
+  EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
+  EXPECT_EQ(Model::BytesOf(*Working(loaded)), s.states[3].bytes);
   loaded.UndoImpl();
   ExpectMask(loaded, s.states[2], "loaded, undone");
   loaded.RedoImpl();

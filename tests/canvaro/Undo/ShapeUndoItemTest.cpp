@@ -84,26 +84,9 @@ TEST(ShapeUndoItemTest, RemovingAShapeIsUnsavedOnlyIfSavedSinceItLastAppeared) {
   }
 }
 
-TEST(ShapeUndoItemTest, SetSavedMarksTheStateInForceOnly) {
-  const ShapeInfo a = Line(0);
-  ShapeUndoItem item(nullptr, a);
-  item.Push(MovedTo(a, 0.9));
-  const ShapeInfo before = item.GetCurrentShape();
-
-  item.SetSaved(true);
-
-  EXPECT_TRUE(item.IsSaved());
-  EXPECT_FALSE(before->IsSaved()) << "stored records are replaced, not changed";
-  EXPECT_EQ(item.GetItemCount(), 3u);
-  item.UndoImpl();
-  EXPECT_FALSE(item.IsSaved()) << "the earlier state keeps its own flag";
-  item.RedoImpl();
-  EXPECT_TRUE(item.IsSaved());
-  item.SetSaved(false);
-  EXPECT_FALSE(item.IsSaved());
-}
-
-TEST(ShapeUndoItemTest, UndoReportsTheToolLeftAndRedoTheToolReached) {
+// Undo and redo report the tool of the state left (undo) or reached (redo); each state keeps its
+// own saved flag.
+TEST(ShapeUndoItemTest, UndoAndRedoReportTheToolAndEachStateKeepsItsSavedFlag) {
   const ShapeInfo a = Line(0, 0.5, IToolsId::SHAPE_LINE);
   ShapeUndoItem item(nullptr, a);
   const ShapeInfo b =
@@ -133,6 +116,19 @@ TEST(ShapeUndoItemTest, UndoReportsTheToolLeftAndRedoTheToolReached) {
   item.MultiUndo();
   item.MultiRedo();
   EXPECT_THAT(observer.log, ElementsAre("shape 1", "save", "tool 1", "shape 2", "save", "tool 1"));
+
+  // Marking the state in force replaces its stored record rather than changing it.
+  const ShapeInfo before = item.GetCurrentShape();
+  item.SetSaved(true);
+  EXPECT_TRUE(item.IsSaved());
+  EXPECT_FALSE(before->IsSaved());
+  EXPECT_EQ(item.GetItemCount(), 3u);
+  item.UndoImpl();
+  EXPECT_FALSE(item.IsSaved()) << "the earlier state keeps its own flag";
+  item.RedoImpl();
+  EXPECT_TRUE(item.IsSaved());
+  item.SetSaved(false);
+  EXPECT_FALSE(item.IsSaved());
 
   // A shape without a tool reports none.
   ShapeUndoItem toolless(nullptr, Line(0, 0.5, IToolsId::NONE));
