@@ -60,20 +60,17 @@ TEST_F(DemoCommandTest, ReusesItsOwnOutputButNoOtherDirectory) {
 
   fs::create_directories(Path("mine"));
   std::ofstream(Path("mine") / "notes.txt") << "keep me";
-  const ToolRun refused =
-      RunTool({"demo", "--size", "16x12", "--steps", "1", "--out", Path("mine").string()});
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.err, HasSubstr("notes.txt"));
+  EXPECT_TRUE(FailedWith(
+      RunTool({"demo", "--size", "16x12", "--steps", "1", "--out", Path("mine").string()}), 1,
+      "notes.txt"));
   EXPECT_TRUE(fs::exists(Path("mine") / "notes.txt"));
 
-  const ToolRun missing = RunTool({"demo", "--picture", Path("none.png").string()});
-  EXPECT_EQ(missing.status, 1);
-  EXPECT_THAT(missing.err, HasSubstr("no such file"));
+  EXPECT_TRUE(
+      FailedWith(RunTool({"demo", "--picture", Path("none.png").string()}), 1, "no such file"));
   std::ofstream(Path("fake.png")) << "not a png";
-  const ToolRun fake =
-      RunTool({"demo", "--picture", Path("fake.png").string(), "--out", Path("fake-out").string()});
-  EXPECT_EQ(fake.status, 1);
-  EXPECT_THAT(fake.err, HasSubstr("cannot read picture"));
+  EXPECT_TRUE(FailedWith(
+      RunTool({"demo", "--picture", Path("fake.png").string(), "--out", Path("fake-out").string()}),
+      1, "cannot read picture"));
 }
 
 }  // namespace
