@@ -21,15 +21,12 @@ using Json = nlohmann::json;
 class ExportCommandTest : public DemoOutputTest {
  protected:
   static Json Inspect() { return Json::parse(RunTool({"inspect", Demo().string(), "--json"}).out); }
-  fs::path Out(const std::string& name) const { return scratch_.path().native() / name; }
-
-  TempDir scratch_;
 };
 
 TEST_F(ExportCommandTest, ThePictureIsThePixelsOfItsSwapFile) {
   const Json doc = Inspect();
   for (int item = 0; item <= kSteps; ++item) {
-    const fs::path png = Out("item" + std::to_string(item) + ".png");
+    const fs::path png = Scratch("item" + std::to_string(item) + ".png");
     const ToolRun run =
         RunTool({"export", Demo().string(), "--item", std::to_string(item), "--out", png.string()});
     ASSERT_EQ(run.status, 0) << run.err;
@@ -51,7 +48,8 @@ TEST_F(ExportCommandTest, ThePictureIsThePixelsOfItsSwapFile) {
 
 TEST_F(ExportCommandTest, WithoutAStepTheCurrentItemIsTaken) {
   const Json doc = Inspect();
-  const ToolRun run = RunTool({"export", Demo().string(), "--out", Out("current.png").string()});
+  const ToolRun run =
+      RunTool({"export", Demo().string(), "--out", Scratch("current.png").string()});
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_THAT(run.out, HasSubstr("item " + std::to_string(doc["items"]["current"].get<int>())));
 }
@@ -60,7 +58,7 @@ TEST_F(ExportCommandTest, TheMaskShowsEveryPaintedPixelInItsBrushColour) {
   const Json doc = Inspect();
   for (int item = 1; item <= kSteps; ++item) {
     const Json& mask = doc["items"]["list"][item]["mask"];
-    const fs::path png = Out("mask" + std::to_string(item) + ".png");
+    const fs::path png = Scratch("mask" + std::to_string(item) + ".png");
     const ToolRun run = RunTool({"export", Demo().string(), "--item", std::to_string(item),
                                  "--mask", "--out", png.string()});
     ASSERT_EQ(run.status, 0) << run.err;
@@ -77,10 +75,10 @@ TEST_F(ExportCommandTest, TheMaskShowsEveryPaintedPixelInItsBrushColour) {
   }
   // The source item has no mask: a black picture of its size.
   const ToolRun blank = RunTool(
-      {"export", Demo().string(), "--item", "0", "--mask", "--out", Out("blank.png").string()});
+      {"export", Demo().string(), "--item", "0", "--mask", "--out", Scratch("blank.png").string()});
   ASSERT_EQ(blank.status, 0) << blank.err;
   EXPECT_THAT(blank.out, HasSubstr("nothing painted"));
-  EXPECT_EQ(canvaro_tool::ReadPngRgba(Out("blank.png")).width, 48u);
+  EXPECT_EQ(canvaro_tool::ReadPngRgba(Scratch("blank.png")).width, 48u);
 }
 
 TEST_F(ExportCommandTest, BadRequestsFailWithOneLine) {
@@ -88,10 +86,11 @@ TEST_F(ExportCommandTest, BadRequestsFailWithOneLine) {
   const std::string file = Inspect()["items"]["list"][2]["frame"]["file"];
   fs::remove(dir / "pictures" / file);
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-      {{"export", Demo().string(), "--item", "99", "--out", Out("a.png").string()}, "no item 99"},
-      {{"export", dir.string(), "--item", "2", "--out", Out("b.png").string()},
+      {{"export", Demo().string(), "--item", "99", "--out", Scratch("a.png").string()},
+       "no item 99"},
+      {{"export", dir.string(), "--item", "2", "--out", Scratch("b.png").string()},
        "missing swap file"},
-      {{"export", Demo().string(), "--out", (Out("no-such-dir") / "c.png").string()},
+      {{"export", Demo().string(), "--out", (Scratch("no-such-dir") / "c.png").string()},
        "Cannot create file"},
   };
   for (const auto& [args, expected] : cases) EXPECT_TRUE(FailedWith(RunTool(args), 1, expected));
