@@ -6,8 +6,9 @@
 // sentinel file changed, or when the root holds anything new. stat() is not seen by inotify: the
 // sentinel picture has an odd size (kSentinelSize) that checks can look for in reported sizes.
 //
-// Also the package text helpers: picture checksums, and a manifest whose "$SIZE:<name>$" and
-// "$XXH3:<name>$" fields are filled in from the pictures at hand.
+// Also folder trees read and written as a whole (Files), and the package text helpers: picture
+// checksums, and a manifest whose "$SIZE:<name>$" and "$XXH3:<name>$" fields are filled in from
+// the pictures at hand.
 #pragma once
 
 #define XXH_INLINE_ALL
@@ -37,6 +38,34 @@ inline std::string ReadBytes(const fs::path& file) {
 inline void WriteBytes(const fs::path& file, std::string_view bytes) {
   std::ofstream(file, std::ios::binary)
       .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+// The files and folders under a folder: path inside it -> bytes; a folder as "<path>/" with no
+// bytes.
+using Files = std::map<std::string, std::string>;
+
+inline Files ReadTree(const fs::path& folder) {
+  Files files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    const std::string name = entry.path().lexically_relative(folder).string();
+    if (entry.is_directory()) {
+      files[name + "/"] = "";
+    } else {
+      files[name] = ReadBytes(entry.path());
+    }
+  }
+  return files;
+}
+
+// Writes `files` under `folder`, which must exist; a file's folder comes before it in `files`.
+inline void WriteTree(const fs::path& folder, const Files& files) {
+  for (const auto& [name, bytes] : files) {
+    if (name.ends_with('/')) {
+      fs::create_directories(folder / name);
+    } else {
+      WriteBytes(folder / name, bytes);
+    }
+  }
 }
 
 [[noreturn]] inline void Violation(const std::string& what) {
@@ -120,12 +149,12 @@ inline std::string Checksum(std::string_view bytes) {
   return hex;
 }
 
-// A manifest listing `names`, with "$SIZE:<name>$" and "$XXH3:<name>$" for their values.
-template <typename Names>
-std::string ManifestTemplate(const Names& names) {
+// A manifest listing the pictures named in `pictures` (name -> bytes), with "$SIZE:<name>$" and
+// "$XXH3:<name>$" for their values.
+inline std::string ManifestTemplate(const Files& pictures) {
   std::string text = R"({"class":"CanvaroPackage","entries":[{"key":"Version","int":1},)"
                      R"({"key":"Pictures","collection":[)";
-  for (const std::string& name : names) {
+  for (const auto& [name, bytes] : pictures) {
     text += std::string(text.back() == '}' ? "," : "") +
             R"({"entries":[{"key":"FileName","string":")" + name +
             R"("},{"key":"Size","int64":$SIZE:)" + name + R"($},{"key":"XXH3","string":"$XXH3:)" +
@@ -136,8 +165,7 @@ std::string ManifestTemplate(const Names& names) {
 
 // `manifest` with the fields of the pictures in `pictures` (name -> bytes) filled in; fields of
 // other names stay.
-inline std::string FillIn(std::string manifest,
-                          const std::map<std::string, std::string>& pictures) {
+inline std::string FillIn(std::string manifest, const Files& pictures) {
   for (std::size_t at = manifest.find('$'); at != std::string::npos;
        at = manifest.find('$', at + 1)) {
     const std::size_t end = manifest.find('$', at + 1);

@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -41,7 +40,7 @@ using namespace Kelbra::Canvaro;
 namespace fs = std::filesystem;
 
 std::unique_ptr<canvaro_fuzz::ScratchArea> area;
-std::map<std::string, std::string> swapFiles;  // written at start-up: name -> bytes
+canvaro_fuzz::Files swapFiles;  // written at start-up
 
 void LoadAndExercise(std::string_view text) {
   const Core::Property tree = Core::PropertySerializer::FromString(text);
@@ -59,9 +58,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   area = std::make_unique<canvaro_fuzz::ScratchArea>(std::set<std::string>{"swap"});
   const canvaro_test::TempDir seeds;
   canvaro_test::WriteSampleDocuments(seeds.path());
-  for (const auto& entry : fs::directory_iterator(seeds.path().native())) {
-    swapFiles[entry.path().filename().string()] = canvaro_fuzz::ReadBytes(entry.path());
-  }
+  swapFiles = canvaro_fuzz::ReadTree(seeds.path().native());
   return 0;
 }
 
@@ -69,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const fs::path swap = *area / "swap";
   fs::remove_all(swap);
   fs::create_directory(swap);
-  for (const auto& [name, bytes] : swapFiles) canvaro_fuzz::WriteBytes(swap / name, bytes);
+  canvaro_fuzz::WriteTree(swap, swapFiles);
   area->Arm();
   try {
     LoadAndExercise(std::string_view(reinterpret_cast<const char*>(data), size));

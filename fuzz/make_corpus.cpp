@@ -12,8 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -57,19 +55,16 @@ int main(int argc, char** argv) {
 
   canvaro_test::TempDir swap;
   const auto saves = canvaro_test::WriteSampleDocuments(swap.path());
-  std::map<std::string, std::string> swapFiles;
-  for (const auto& entry : fs::directory_iterator(swap.path().native())) {
-    swapFiles[entry.path().filename().string()] = canvaro_fuzz::ReadBytes(entry.path());
-  }
+  const canvaro_fuzz::Files swapFiles = canvaro_fuzz::ReadTree(swap.path().native());
   for (const auto& saved : saves) {
     WriteFile(corpus / "document" / (saved.name + ".json"), saved.text);
     WriteFile(corpus / "tool_document" / (saved.name + ".json"), saved.text);
     if (saved.name == "no_step_list") continue;  // as "session" for the package fuzzer
-    std::set<std::string> named;
+    canvaro_fuzz::Files named;
     std::string pictures;
     for (const auto& [name, bytes] : swapFiles) {
       if (saved.text.find('"' + name + '"') == std::string::npos) continue;
-      named.insert(name);
+      named[name] = bytes;
       pictures += "\n=== " + name + "\n" + bytes;
     }
     WriteFile(
@@ -77,7 +72,7 @@ int main(int argc, char** argv) {
         saved.text + "\n=== manifest.json\n" + canvaro_fuzz::ManifestTemplate(named) + pictures);
     if (saved.name == "source_only") {
       std::string outside = saved.text;
-      const std::string first = '"' + *named.begin() + '"';
+      const std::string first = '"' + named.begin()->first + '"';
       outside.replace(outside.find(first), first.size(), "\"../../sentinel/a.raw\"");
       WriteFile(corpus / "tool_document" / "outside.json", outside);
     }

@@ -20,7 +20,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,7 +37,7 @@ namespace {
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 namespace fs = std::filesystem;
-using Files = std::map<std::string, std::string>;  // path inside the package -> bytes
+using canvaro_fuzz::Files;
 
 std::unique_ptr<canvaro_fuzz::ScratchArea> area;
 
@@ -75,20 +74,6 @@ Files Split(std::string_view input) {
   return files;
 }
 
-// Every file and folder under `folder`: folders as "<path>/" with no bytes.
-Files ReadTree(const fs::path& folder) {
-  Files files;
-  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-    const std::string name = entry.path().lexically_relative(folder).string();
-    if (entry.is_directory()) {
-      files[name + "/"] = "";
-    } else {
-      files[name] = canvaro_fuzz::ReadBytes(entry.path());
-    }
-  }
-  return files;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
@@ -103,11 +88,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const fs::path swap = *area / "swap";
   fs::remove_all(package);
   fs::remove_all(swap);
-  fs::create_directories(package / "pictures");
+  fs::create_directory(package);
   fs::create_directory(swap);
-  for (const auto& [name, bytes] : files) {
-    if (!name.ends_with('/')) canvaro_fuzz::WriteBytes(package / name, bytes);
-  }
+  canvaro_fuzz::WriteTree(package, files);
 
   area->Arm();
   const bool whole = CheckDocumentPackage(package).empty();
@@ -120,6 +103,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const Core::CoreException&) {
   }
   area->Check();
-  if (ReadTree(package) != files) canvaro_fuzz::Violation("the package's files changed");
+  if (canvaro_fuzz::ReadTree(package) != files)
+    canvaro_fuzz::Violation("the package's files changed");
   return 0;
 }

@@ -14,13 +14,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using Kelbra::Core::PropertySerializer;
   Property tree;
   try {
-    tree = PropertySerializer::FromString(
-        std::string_view(reinterpret_cast<const char*>(data), size));
+    tree =
+        PropertySerializer::FromString(std::string_view(reinterpret_cast<const char*>(data), size));
   } catch (const Kelbra::Core::PropertyException&) {
     return 0;
   }
   for (bool pretty : {false, true}) {
-    const Property again = PropertySerializer::FromString(PropertySerializer::ToString(tree, pretty));
+    const Property again =
+        PropertySerializer::FromString(PropertySerializer::ToString(tree, pretty));
     if (!(again == tree)) std::abort();
   }
   return 0;

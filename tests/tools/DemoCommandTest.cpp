@@ -15,11 +15,7 @@ using namespace canvaro_test;
 using ::testing::HasSubstr;
 namespace fs = std::filesystem;
 
-class DemoCommandTest : public DemoOutputTest {
- protected:
-  fs::path Path(const std::string& name) const { return scratch_.path().native() / name; }
-  TempDir scratch_;
-};
+class DemoCommandTest : public DemoOutputTest {};
 
 TEST_F(DemoCommandTest, TheSessionIsSavedAndReloadsStepByStep) {
   const std::string& out = DemoRun().out;
@@ -41,39 +37,36 @@ TEST_F(DemoCommandTest, APngPictureBecomesTheSourceItem) {
                          {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i / 7),
                           static_cast<std::uint8_t>(255 - i % 256), 255});
   }
-  canvaro_tool::WritePng(Path("in.png"), source);
-  const ToolRun run = RunTool({"demo", "--picture", Path("in.png").string(), "--steps", "2",
-                               "--out", Path("demo").string()});
+  canvaro_tool::WritePng(Scratch("in.png"), source);
+  const ToolRun run = RunTool({"demo", "--picture", Scratch("in.png").string(), "--steps", "2",
+                               "--out", Scratch("demo").string()});
   ASSERT_EQ(run.status, 0) << run.out << run.err;
   EXPECT_THAT(run.out, HasSubstr("in.png (40x30 RGBA"));
-  const ToolRun exported =
-      RunTool({"export", Path("demo").string(), "--item", "0", "--out", Path("back.png").string()});
+  const ToolRun exported = RunTool(
+      {"export", Scratch("demo").string(), "--item", "0", "--out", Scratch("back.png").string()});
   ASSERT_EQ(exported.status, 0) << exported.err;
-  EXPECT_EQ(canvaro_tool::ReadPngRgba(Path("back.png")).pixels, source.pixels);
+  EXPECT_EQ(canvaro_tool::ReadPngRgba(Scratch("back.png")).pixels, source.pixels);
 }
 
 TEST_F(DemoCommandTest, ReusesItsOwnOutputButNoOtherDirectory) {
   const std::vector<std::string> args = {
-      "demo", "--size", "16x12", "--steps", "1", "--out", Path("reuse").string()};
+      "demo", "--size", "16x12", "--steps", "1", "--out", Scratch("reuse").string()};
   ASSERT_EQ(RunTool(args).status, 0);
   EXPECT_EQ(RunTool(args).status, 0);
 
-  fs::create_directories(Path("mine"));
-  std::ofstream(Path("mine") / "notes.txt") << "keep me";
-  const ToolRun refused =
-      RunTool({"demo", "--size", "16x12", "--steps", "1", "--out", Path("mine").string()});
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.err, HasSubstr("notes.txt"));
-  EXPECT_TRUE(fs::exists(Path("mine") / "notes.txt"));
+  fs::create_directories(Scratch("mine"));
+  std::ofstream(Scratch("mine") / "notes.txt") << "keep me";
+  EXPECT_TRUE(FailedWith(
+      RunTool({"demo", "--size", "16x12", "--steps", "1", "--out", Scratch("mine").string()}), 1,
+      "notes.txt"));
+  EXPECT_TRUE(fs::exists(Scratch("mine") / "notes.txt"));
 
-  const ToolRun missing = RunTool({"demo", "--picture", Path("none.png").string()});
-  EXPECT_EQ(missing.status, 1);
-  EXPECT_THAT(missing.err, HasSubstr("no such file"));
-  std::ofstream(Path("fake.png")) << "not a png";
-  const ToolRun fake =
-      RunTool({"demo", "--picture", Path("fake.png").string(), "--out", Path("fake-out").string()});
-  EXPECT_EQ(fake.status, 1);
-  EXPECT_THAT(fake.err, HasSubstr("cannot read picture"));
+  EXPECT_TRUE(
+      FailedWith(RunTool({"demo", "--picture", Scratch("none.png").string()}), 1, "no such file"));
+  std::ofstream(Scratch("fake.png")) << "not a png";
+  EXPECT_TRUE(FailedWith(RunTool({"demo", "--picture", Scratch("fake.png").string(), "--out",
+                                  Scratch("fake-out").string()}),
+                         1, "cannot read picture"));
 }
 
 }  // namespace

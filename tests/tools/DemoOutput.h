@@ -34,11 +34,14 @@ class DemoOutputTest : public ::testing::Test {
   static std::filesystem::path Demo() { return shared_->path().native() / "demo"; }
   static const ToolRun& DemoRun() { return demoRun_; }
 
+  // A path in a folder of the test's own, removed with the test.
+  std::filesystem::path Scratch(const std::string& name) const {
+    return scratch_.path().native() / name;
+  }
   // A copy of the demo's output that the test may change; removed with the test.
   std::filesystem::path FreshCopy() {
-    const std::filesystem::path copy = scratch_.path().native() / "copy";
-    std::filesystem::copy(Demo(), copy, std::filesystem::copy_options::recursive);
-    return copy;
+    std::filesystem::copy(Demo(), Scratch("copy"), std::filesystem::copy_options::recursive);
+    return Scratch("copy");
   }
 
   static Kelbra::Core::Property ReadTree(const std::filesystem::path& file) {

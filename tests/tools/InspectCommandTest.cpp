@@ -55,13 +55,23 @@ TEST_F(InspectCommandTest, TheJsonModelHoldsEveryPartOfTheSession) {
   EXPECT_GT(doc["frames"]["onDisk"], 0);
 }
 
-TEST_F(InspectCommandTest, ShowsMissingFilesAndStepsWithAHostsEffects) {
+// Item 1's picture removed, item 0's named by a path out of the swap directory (a name counts by
+// its last component only), and a host's effect in step 1: the library cannot load this
+// document, inspect still reads it.
+TEST_F(InspectCommandTest, ShowsMissingOrOutsideFilesAndAHostsEffects) {
   const auto dir = FreshCopy();
   const Json before = InspectJson(dir);
-  const std::string file = before["items"]["list"][1]["frame"]["file"];
-  std::filesystem::remove(dir / "pictures" / file);
-  // A host's effect in a step: the library cannot load this document, inspect still reads it.
+  std::filesystem::remove(dir / "pictures" /
+                          before["items"]["list"][1]["frame"]["file"].get<std::string>());
+  std::ofstream(dir / "outside.raw") << "not in the swap directory";
+  const std::string outside = before["items"]["list"][0]["frame"]["file"];
   Kelbra::Core::Property tree = ReadTree(dir / "document.json");
+  auto& records = std::get<Kelbra::Core::Property::Collection>(
+      tree.GetChild("Frames").Find("StorageItems")->value);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    auto& item = records[i].GetChild("StorageItem");
+    if (item.GetString("FileName") == outside) item.SetString("FileName", "../outside.raw");
+  }
   auto& item = std::get<Kelbra::Core::Property::Collection>(tree.Find("Items")->value)[1];
   auto& effects = item.GetChild("Info").GetChild("tagEffectSettings");
   auto& effect =
@@ -71,9 +81,10 @@ TEST_F(InspectCommandTest, ShowsMissingFilesAndStepsWithAHostsEffects) {
   WriteTree(tree, dir / "document.json");
 
   const Json after = InspectJson(dir);
+  EXPECT_EQ(after["items"]["list"][0]["frame"]["state"], "missing");
   EXPECT_EQ(after["items"]["list"][1]["frame"]["state"], "missing");
   EXPECT_EQ(after["items"]["list"][1]["settings"]["effects"], Json::array({"HostSharpen"}));
-  EXPECT_EQ(after["frames"]["missing"], 1);
+  EXPECT_EQ(after["frames"]["missing"], 2);
   const ToolRun text = RunTool({"inspect", dir.string()});
   EXPECT_EQ(text.status, 0);
   EXPECT_THAT(text.out, HasSubstr("Items: " + std::to_string(kSteps + 1) + ", current"));
@@ -81,23 +92,6 @@ TEST_F(InspectCommandTest, ShowsMissingFilesAndStepsWithAHostsEffects) {
   EXPECT_THAT(text.out, HasSubstr("ShapedArrow"));
   EXPECT_THAT(text.out, HasSubstr("MISSING"));
   EXPECT_THAT(text.out, HasSubstr("1 effect(s) HostSharpen"));
-}
-
-TEST_F(InspectCommandTest, AFileNameCountsByItsLastComponentOnly) {
-  const auto dir = FreshCopy();
-  std::ofstream(dir / "outside.raw") << "not in the swap directory";
-  const std::string file = InspectJson(dir)["items"]["list"][0]["frame"]["file"];
-  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
-  auto& records = std::get<Kelbra::Core::Property::Collection>(
-      tree.GetChild("Frames").Find("StorageItems")->value);
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    auto& item = records[i].GetChild("StorageItem");
-    if (item.GetString("FileName") == file) item.SetString("FileName", "../outside.raw");
-  }
-  WriteTree(tree, dir / "document.json");
-  const Json after = InspectJson(dir);
-  EXPECT_EQ(after["items"]["list"][0]["frame"]["state"], "missing");
-  EXPECT_EQ(after["frames"]["missing"], 1);
 }
 
 }  // namespace

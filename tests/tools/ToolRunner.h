@@ -5,18 +5,23 @@
 //   EXPECT_EQ(run.status, 0) << run.err;
 //
 // The program's path comes from the build (CANVARO_TOOL). Output goes through files in a fresh
-// temporary directory, so large outputs cannot block the child.
+// temporary directory, so large outputs cannot block the child. A failure is checked with
+//
+//   EXPECT_TRUE(FailedWith(RunTool({"export", dir.string()}), 2, "--out"));
 #pragma once
 
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "support/TempDir.h"
 
@@ -61,6 +66,16 @@ inline ToolRun RunTool(const std::vector<std::string>& args) {
   run.out = ReadWholeFile(outFile);
   run.err = ReadWholeFile(errFile);
   return run;
+}
+
+// Whether `run` ended with `status` and one line on stderr that contains `expected`.
+inline ::testing::AssertionResult FailedWith(const ToolRun& run, int status,
+                                             const std::string& expected) {
+  if (run.status == status && std::count(run.err.begin(), run.err.end(), '\n') == 1 &&
+      run.err.find(expected) != std::string::npos) {
+    return ::testing::AssertionSuccess();
+  }
+  return ::testing::AssertionFailure() << "status " << run.status << ", stderr: " << run.err;
 }
 
 }  // namespace canvaro_test

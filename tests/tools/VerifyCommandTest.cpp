@@ -1,5 +1,6 @@
 // canvaro verify: a whole demo document passes; each kind of damage to its swap files or frame
 // references gives one line and status 1.
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -23,11 +24,9 @@ class VerifyCommandTest : public DemoOutputTest {
     const auto json = nlohmann::json::parse(RunTool({"inspect", dir.string(), "--json"}).out);
     return json["items"]["list"][item]["frame"]["file"];
   }
-  static std::vector<std::string> Problems(const ToolRun& run) {
-    std::vector<std::string> lines;
-    std::istringstream in(run.out);
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
+  // One line a problem.
+  static std::size_t Problems(const ToolRun& run) {
+    return static_cast<std::size_t>(std::count(run.out.begin(), run.out.end(), '\n'));
   }
 };
 
@@ -62,13 +61,13 @@ TEST_F(VerifyCommandTest, AFlippedByteInAPictureIsFoundByItsChecksum) {
   }
   const ToolRun run = RunTool({"verify", dir.string()});
   EXPECT_EQ(run.status, 1);
-  ASSERT_EQ(Problems(run).size(), 1u) << run.out;
+  ASSERT_EQ(Problems(run), 1u) << run.out;
   EXPECT_THAT(run.out, HasSubstr(flipped + "' is damaged (checksum"));
   const ToolRun loaded = RunTool({"verify", dir.string(), "--load"});
   EXPECT_EQ(loaded.status, 1);
 }
 
-TEST_F(VerifyCommandTest, EachDamagedSwapFileGivesOneLine) {
+TEST_F(VerifyCommandTest, EachDamageGivesOneLine) {
   const fs::path dir = FreshCopy();
   const fs::path swap = dir / "pictures";
   const std::string missing = PictureFile(dir, 1);
@@ -79,27 +78,11 @@ TEST_F(VerifyCommandTest, EachDamagedSwapFileGivesOneLine) {
   fs::resize_file(swap / truncated, fs::file_size(swap / truncated) - 7);
   std::ofstream(swap / oversized, std::ios::binary | std::ios::app) << "tail";
   fs::resize_file(swap / header, 12);
-
-  const ToolRun run = RunTool({"verify", dir.string()});
-  EXPECT_EQ(run.status, 1);
-  const auto problems = Problems(run);
-  ASSERT_EQ(problems.size(), 4u) << run.out;
-  EXPECT_THAT(run.out, HasSubstr("missing swap file " + missing + " (frame "));
-  EXPECT_THAT(run.out, HasSubstr("truncated swap file " + truncated));
-  EXPECT_THAT(run.out, HasSubstr("oversized swap file " + oversized));
-  EXPECT_THAT(run.out, HasSubstr("truncated swap file " + header + " (frame"));
-  EXPECT_THAT(run.out, HasSubstr("shorter than the raw frame header"));
-  EXPECT_THAT(run.err, StartsWith("canvaro: 4 problem(s)"));
-}
-
-TEST_F(VerifyCommandTest, AFileOfOtherGeometryOrAFrameOutsideTheListIsReported) {
-  const fs::path dir = FreshCopy();
-  const fs::path swap = dir / "pictures";
-  // Item 2's picture file replaced by a whole raw frame of another size.
+  // Item 0's picture file replaced by a whole raw frame of another size.
   {
-    std::ofstream out(swap / PictureFile(dir, 2), std::ios::binary | std::ios::trunc);
-    const std::int32_t header[5] = {26 /* RGBA */, 10, 10, 1, 1};
-    out.write(reinterpret_cast<const char*>(header), sizeof header);
+    std::ofstream out(swap / PictureFile(dir, 0), std::ios::binary | std::ios::trunc);
+    const std::int32_t rgba10x10[5] = {26, 10, 10, 1, 1};
+    out.write(reinterpret_cast<const char*>(rgba10x10), sizeof rgba10x10);
     out << std::string(10 * 10 * 4, '\x7f');
   }
   Kelbra::Core::Property tree = ReadTree(dir / "document.json");
@@ -109,9 +92,15 @@ TEST_F(VerifyCommandTest, AFileOfOtherGeometryOrAFrameOutsideTheListIsReported) 
 
   const ToolRun run = RunTool({"verify", dir.string()});
   EXPECT_EQ(run.status, 1);
+  ASSERT_EQ(Problems(run), 6u) << run.out;
+  EXPECT_THAT(run.out, HasSubstr("missing swap file " + missing + " (frame "));
+  EXPECT_THAT(run.out, HasSubstr("truncated swap file " + truncated));
+  EXPECT_THAT(run.out, HasSubstr("oversized swap file " + oversized));
+  EXPECT_THAT(run.out, HasSubstr("truncated swap file " + header + " (frame"));
+  EXPECT_THAT(run.out, HasSubstr("shorter than the raw frame header"));
   EXPECT_THAT(run.out, HasSubstr("item 3 refers to frame 999, but the document has"));
   EXPECT_THAT(run.out, HasSubstr("holds a 10x10 picture, the document expects 48x36"));
-  EXPECT_EQ(Problems(run).size(), 2u) << run.out;
+  EXPECT_THAT(run.err, StartsWith("canvaro: 6 problem(s)"));
 }
 
 }  // namespace

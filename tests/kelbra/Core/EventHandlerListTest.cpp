@@ -50,12 +50,19 @@ void Publish(const List& list, int value) {
   list.PerformForEachEventHandler(EventPublisher(&IObserver::OnEvent, Event{value}));
 }
 
-TEST(EventHandlerListTest, RegistrationKeepsOrderAndIgnoresNullAndDuplicates) {
+// Observers a and b, registered in that order, and a third one that is not registered yet.
+class EventHandlerListTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    list.RegisterEventHandler(&a);
+    list.RegisterEventHandler(&b);
+  }
   std::vector<std::string> journal;
-  Observer a("a", journal), b("b", journal), c("c", journal);
+  Observer a{"a", journal}, b{"b", journal}, c{"c", journal};
   List list;
-  list.RegisterEventHandler(&a);
-  list.RegisterEventHandler(&b);
+};
+
+TEST_F(EventHandlerListTest, RegistrationKeepsOrderAndIgnoresNullAndDuplicates) {
   list.RegisterEventHandler(&a);
   list.RegisterEventHandler(nullptr);
   list.RegisterEventHandler(&c);
@@ -75,23 +82,18 @@ TEST(EventHandlerListTest, RegistrationKeepsOrderAndIgnoresNullAndDuplicates) {
   EXPECT_TRUE(journal.empty());
 }
 
-TEST(EventHandlerListTest, ChangesFromInsideAHandlerTakeEffectFromTheNextEvent) {
-  std::vector<std::string> journal;
-  Observer a("a", journal), b("b", journal), late("late", journal);
-  List list;
-  list.RegisterEventHandler(&a);
-  list.RegisterEventHandler(&b);
+TEST_F(EventHandlerListTest, ChangesFromInsideAHandlerTakeEffectFromTheNextEvent) {
   a.action = [&](const Event&) {
     list.UnregisterEventHandler(&a);
-    list.RegisterEventHandler(&late);
+    list.RegisterEventHandler(&c);
   };
   Publish(list, 1);
   EXPECT_THAT(journal, ElementsAre("a:1", "b:1"));
 
   journal.clear();
   b.action = [&](const Event&) { list.UnregisterEventHandler(&b); };
-  Publish(list, 2);  // b leaves during its own handler; late, after it, still hears the event
-  EXPECT_THAT(journal, ElementsAre("b:2", "late:2"));
+  Publish(list, 2);  // b leaves during its own handler; c, after it, still hears the event
+  EXPECT_THAT(journal, ElementsAre("b:2", "c:2"));
 
   // A handler may publish again on the same list: the inner event reaches everyone first.
   journal.clear();
@@ -102,15 +104,10 @@ TEST(EventHandlerListTest, ChangesFromInsideAHandlerTakeEffectFromTheNextEvent) 
     if (event.value == 3) Publish(list, 4);
   };
   Publish(list, 3);
-  EXPECT_THAT(journal, ElementsAre("late:3", "a:3", "late:4", "a:4", "b:4", "b:3"));
+  EXPECT_THAT(journal, ElementsAre("c:3", "a:3", "c:4", "a:4", "b:4", "b:3"));
 }
 
-TEST(EventHandlerListTest, AThrowingObserverStopsTheEventAndReleasesTheLocks) {
-  std::vector<std::string> journal;
-  Observer a("a", journal), b("b", journal);
-  List list;
-  list.RegisterEventHandler(&a);
-  list.RegisterEventHandler(&b);
+TEST_F(EventHandlerListTest, AThrowingObserverStopsTheEventAndReleasesTheLocks) {
   a.action = [](const Event& event) {
     if (event.value == 1) throw std::runtime_error("observer failed");
   };
@@ -127,26 +124,21 @@ TEST(EventHandlerListTest, AThrowingObserverStopsTheEventAndReleasesTheLocks) {
 }
 
 // A publication from another thread waits for the one under way, even when it finds no
-// observers; registration from another thread does not.
-TEST(EventHandlerListTest, PublicationsFromTwoThreadsAreSerialised) {
-  std::vector<std::string> journal;  // guarded by the list's execution lock alone
-  Observer first("first", journal), second("second", journal), joiner("joiner", journal);
-  List list;
-  list.RegisterEventHandler(&first);
-  list.RegisterEventHandler(&second);
-
+// observers; registration from another thread does not. The journal is guarded by the list's
+// execution lock alone.
+TEST_F(EventHandlerListTest, PublicationsFromTwoThreadsAreSerialised) {
   std::promise<void> started;
   std::promise<void> otherRegistered;
   std::atomic<bool> otherPublishing{false};
   std::atomic<bool> firstFinished{false};
-  first.action = [&](const Event& event) {
+  a.action = [&](const Event& event) {
     if (event.value != 1) return;
     started.set_value();
     otherRegistered.get_future().wait();
     while (!otherPublishing.load()) std::this_thread::yield();
     // Give the other thread time to get as far as it can.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    journal.push_back("first:end");
+    journal.push_back("a:end");
     firstFinished = true;
   };
 
@@ -154,10 +146,10 @@ TEST(EventHandlerListTest, PublicationsFromTwoThreadsAreSerialised) {
   started.get_future().wait();
 
   // The list lock is free during a delivery: registering here does not block.
-  list.RegisterEventHandler(&joiner);
-  list.UnregisterEventHandler(&joiner);
-  list.UnregisterEventHandler(&first);
-  list.UnregisterEventHandler(&second);
+  list.RegisterEventHandler(&c);
+  list.UnregisterEventHandler(&c);
+  list.UnregisterEventHandler(&a);
+  list.UnregisterEventHandler(&b);
   otherRegistered.set_value();
 
   bool finishedBeforeReturn = false;
@@ -170,7 +162,7 @@ TEST(EventHandlerListTest, PublicationsFromTwoThreadsAreSerialised) {
   publisher.join();
 
   EXPECT_TRUE(finishedBeforeReturn);
-  EXPECT_THAT(journal, ElementsAre("first:1", "first:end", "second:1"));
+  EXPECT_THAT(journal, ElementsAre("a:1", "a:end", "b:1"));
 }
 
 }  // namespace

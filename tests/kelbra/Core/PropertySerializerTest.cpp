@@ -1,10 +1,10 @@
 #include "kelbra/Core/PropertySerializer.h"
 
 #include <bit>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
-#include <limits>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -43,23 +43,10 @@ Property MakeAwkwardTree() {
   root.SetInt64("int64 small", 5);
   root.SetBool("yes", true);
   root.SetBool("no", false);
-  const double doubles[] = {0.0,
-                            -0.0,
-                            0.1,
-                            1.0 / 3.0,
-                            -2.5e-300,
-                            1e308,
-                            std::numeric_limits<double>::max(),
-                            std::numeric_limits<double>::lowest(),
-                            std::numeric_limits<double>::min(),
-                            std::numeric_limits<double>::denorm_min(),
-                            std::numeric_limits<double>::epsilon(),
-                            std::numeric_limits<double>::infinity(),
-                            -std::numeric_limits<double>::infinity(),
-                            std::numeric_limits<double>::quiet_NaN(),
-                            std::bit_cast<double>(std::uint64_t{0xFFF0000000000123}),
-                            2147483547.0,
-                            1073741723.5};
+  const double payloadNaN = std::bit_cast<double>(std::uint64_t{0xFFF0000000000123});
+  const double doubles[] = {0.0,       -0.0,     0.1,        1.0 / 3.0,    -2.5e-300,   1e308,
+                            DBL_MAX,   -DBL_MAX, DBL_MIN,    DBL_TRUE_MIN, DBL_EPSILON, HUGE_VAL,
+                            -HUGE_VAL, NAN,      payloadNaN, 2147483547.0, 1073741723.5};
   int i = 0;
   for (double d : doubles) root.SetDouble("double " + std::to_string(i++), d);
 
@@ -80,19 +67,12 @@ Property MakeAwkwardTree() {
   return root;
 }
 
+// Equality is ordered, typed and compares doubles by bits (PropertyTest), so one comparison
+// covers every entry's key, type and value.
 TEST(PropertySerializerTest, RoundTripIsExactForEveryEntryType) {
   const Property tree = MakeAwkwardTree();
-  for (bool pretty : {true, false}) {
-    SCOPED_TRACE(pretty ? "pretty" : "compact");
-    const Property copy = RoundTrip(tree, pretty);
-    EXPECT_EQ(copy, tree);
-    // Equality compares doubles by bits; check types and order explicitly as well.
-    ASSERT_EQ(copy.Entries().size(), tree.Entries().size());
-    for (std::size_t i = 0; i < tree.Entries().size(); ++i) {
-      EXPECT_EQ(copy.Entries()[i].key, tree.Entries()[i].key);
-      EXPECT_EQ(copy.Entries()[i].type(), tree.Entries()[i].type()) << tree.Entries()[i].key;
-    }
-  }
+  EXPECT_EQ(RoundTrip(tree, true), tree);
+  EXPECT_EQ(RoundTrip(tree, false), tree);
 }
 
 TEST(PropertySerializerTest, DoublesSurviveBitForBit) {
@@ -105,13 +85,7 @@ TEST(PropertySerializerTest, DoublesSurviveBitForBit) {
     state ^= state << 17;
     tree.SetDouble(std::to_string(i), std::bit_cast<double>(state));
   }
-  const Property copy = RoundTrip(tree, false);
-  for (int i = 0; i < 2000; ++i) {
-    const std::string key = std::to_string(i);
-    ASSERT_EQ(std::bit_cast<std::uint64_t>(copy.GetDouble(key)),
-              std::bit_cast<std::uint64_t>(tree.GetDouble(key)))
-        << key;
-  }
+  EXPECT_EQ(RoundTrip(tree, false), tree);
 }
 
 TEST(PropertySerializerTest, PrettyTextIsReadable) {

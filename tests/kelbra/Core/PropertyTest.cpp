@@ -74,6 +74,9 @@ TEST(PropertyTest, EqualityIsStructuralAndComparesDoublesByBits) {
   c.SetInt("x", 1);
   d.SetInt64("x", 1);
   EXPECT_FALSE(c == d);  // same number, different entry type
+  d.SetInt("y", 1);
+  c.SetInt("y", 1);
+  EXPECT_FALSE(c == d);  // same entries, different order
   Property e("A"), f("B");
   EXPECT_FALSE(e == f);
 }
