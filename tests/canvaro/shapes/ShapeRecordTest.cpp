@@ -1,6 +1,6 @@
-// What every shape record shares beneath its kind: the bookkeeping fields' equality and Reset,
-// the position's arithmetic, the kind registry, and the copy-on-write handle. The keys, defaults
-// and round trip of each kind are checked over all kinds in ShapeInfoTTest.
+// What every shape record shares beneath its kind: the bookkeeping fields' equality, the
+// position's arithmetic, the kind registry, and the copy-on-write handle. The keys, defaults,
+// round trip and Reset of each kind are checked over all kinds in ShapeInfoTTest.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -69,27 +69,6 @@ TEST(ShapeRecordTest, EqualityLooksAtVisibilityPresetZValueAndPositionOnly) {
     changes[i](*c);
     EXPECT_TRUE(*a != *c) << "change " << i;
   }
-}
-
-TEST(ShapeRecordTest, ResetRestoresDefaultsButKeepsTheChangeTypeAndTheDefaultFlag) {
-  auto shape = Filled();
-  shape->Reset();
-  EXPECT_EQ(shape->GetIndex(), -1);
-  EXPECT_TRUE(shape->IsVisible());
-  EXPECT_EQ(shape->GetTool(), IToolsId::NONE);
-  EXPECT_EQ(shape->GetPresetId(), "");
-  EXPECT_EQ(shape->GetZValue(), 0.0);
-  EXPECT_FALSE(shape->GetSaved());
-  EXPECT_EQ(shape->GetChangeType(), 9);
-  EXPECT_EQ(shape->GetPosition().GetX(), 0.5);
-  EXPECT_EQ(shape->GetPosition().GetY(), 0.5);
-  EXPECT_FALSE(shape->GetPosition().IsDefault());
-
-  // Older writers stored the z-value as an integer.
-  Core::Property tree;
-  tree.SetInt("ZValue", 120);
-  shape->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
-  EXPECT_EQ(shape->GetZValue(), 120.0);
 }
 
 TEST(ShapeRecordTest, PositionsCompareWithinToleranceAndAngle) {
