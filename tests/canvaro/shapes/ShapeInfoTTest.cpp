@@ -116,15 +116,8 @@ void ExpectWrites(const ShapeInfoBase& shape, const std::vector<Entry>& entries)
 // Writes the shape as a child object, turns the tree into text and back, and reads a new
 // handle from it, as a saved document would.
 ShapeInfo ThroughText(const ShapeInfo& shape) {
-  struct Holder : Drevin::ISerializableBase {
-    explicit Holder(const ShapeInfo& s) : shape(s) {}
-    void Serialize(const Drevin::ISerializerPtr& s) const override {
-      s->WriteObject("Shape", shape);
-    }
-    const ShapeInfo& shape;
-  } holder(shape);
   Core::Property tree;
-  holder.Serialize(Drevin::SerializerProperty::Create(tree));
+  Drevin::SerializerProperty::Create(tree)->WriteObject("Shape", shape);
   const Core::Property read =
       Core::PropertySerializer::FromString(Core::PropertySerializer::ToString(tree));
   ShapeInfo result;
@@ -171,21 +164,14 @@ Expected ScaleTurnedBox(double a, double b, double degrees, double sx, double sy
   const Vec side{a * std::cos(t) * sx, a * std::sin(t) * sy};
   const Vec up{-b * std::sin(t) * sx, b * std::cos(t) * sy};
   const double area = a * b * sx * sy;
-  Expected e{};
-  if (Norm(up) > Norm(side)) {
-    e.height = Norm(up);
-    e.width = area / e.height;
-    e.degrees = std::atan2(-up.x, up.y) * 180 / kPi;
-    const double n = e.degrees * kPi / 180;
-    e.strokeScale = Norm({std::cos(n) * sx, std::sin(n) * sy});
-  } else {
-    e.width = Norm(side);
-    e.height = area / e.width;
-    e.degrees = std::atan2(side.y, side.x) * 180 / kPi;
-    const double n = e.degrees * kPi / 180;
-    e.strokeScale = Norm({-std::sin(n) * sx, std::cos(n) * sy});
-  }
-  return e;
+  const bool upKept = Norm(up) > Norm(side);
+  const double kept = upKept ? Norm(up) : Norm(side);
+  // The direction of the resized box's width.
+  const Vec along = upKept ? Vec{up.y, -up.x} : side;
+  const double n = std::atan2(along.y, along.x);
+  const Vec across =
+      upKept ? Vec{std::cos(n) * sx, std::sin(n) * sy} : Vec{-std::sin(n) * sx, std::cos(n) * sy};
+  return {upKept ? area / kept : kept, upKept ? kept : area / kept, n * 180 / kPi, Norm(across)};
 }
 
 class ShapeKindTest : public ::testing::TestWithParam<Kind> {
