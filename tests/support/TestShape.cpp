@@ -23,47 +23,13 @@ void TestShapeRendering::Crop(const Kelbra::Conf::FrameInfo& frame, const Kelbra
   width = width * frame.width / roi.width;
 }
 
-void TestShapeRendering::Serialize(const Kelbra::Drevin::ISerializerPtr& serializer) const {
-  serializer->WriteDouble("Width", width);
-  RenderingTypeBase::Serialize(serializer);
-}
-
-void TestShapeRendering::Deserialize(const Kelbra::Drevin::ISerializerConstPtr& serializer) {
-  width = serializer->ReadDouble("Width", width);
-  RenderingTypeBase::Deserialize(serializer);
-}
-
 void TestShape::Register() {
-  Canvaro::ShapeInfoBase::RegisterKind({kTestShapeType, "TestShape", &TestShape::Create});
+  Canvaro::ShapeInfoBase::RegisterKind({kTestShapeType, "TestShape", &Record::Create});
 }
 
 Canvaro::ShapeInfoBasePtr TestShape::Create(Canvaro::IToolsId::Value tool) {
   Register();
-  return Canvaro::ShapeInfoBasePtr(new TestShape(tool));
-}
-
-bool TestShape::operator==(const Canvaro::ShapeInfoBase& other) const {
-  const auto* same = dynamic_cast<const TestShape*>(&other);
-  return same != nullptr && ShapeInfoBase::operator==(other) && rendering == same->rendering;
-}
-
-Canvaro::ShapeInfoBasePtr TestShape::Clone() const {
-  return Canvaro::ShapeInfoBasePtr(new TestShape(*this));
-}
-
-void TestShape::Reset() {
-  ShapeInfoBase::Reset();
-  rendering.Reset();
-}
-
-void TestShape::Serialize(const Kelbra::Drevin::ISerializerPtr& serializer) const {
-  ShapeInfoBase::Serialize(serializer);
-  rendering.Serialize(serializer);
-}
-
-void TestShape::Deserialize(const Kelbra::Drevin::ISerializerConstPtr& serializer) {
-  ShapeInfoBase::Deserialize(serializer);
-  rendering.Deserialize(serializer);
+  return Record::Create(tool);
 }
 
 }  // namespace canvaro_test

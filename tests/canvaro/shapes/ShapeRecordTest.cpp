@@ -17,12 +17,13 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using canvaro_test::kTestShapeType;
 using canvaro_test::TestShape;
+using canvaro_test::TestShapeRendering;
 using ::testing::DoubleNear;
 using ::testing::HasSubstr;
 using Kind = Proc::SettingsEffectTranspose;
 
-const TestShape& As(const ShapeInfo& shape) {
-  return static_cast<const TestShape&>(*shape.GetImpl());
+const TestShapeRendering& As(const ShapeInfo& shape) {
+  return static_cast<const TestShape::Record&>(*shape.GetImpl()).GetRendering();
 }
 
 PositionType At(double x, double y, double angle) {
@@ -63,7 +64,7 @@ TEST(ShapeRecordTest, EqualityLooksAtVisibilityPresetZValueAndPositionOnly) {
       [](ShapeInfoBase& s) { s.SetPresetId("preset-a"); },
       [](ShapeInfoBase& s) { s.SetVisible(true); },
       [](ShapeInfoBase& s) { s.GetPosition().SetX(0.6); },
-      [](ShapeInfoBase& s) { static_cast<TestShape&>(s).rendering.width = 5; }};
+      [](ShapeInfoBase& s) { static_cast<TestShape::Record&>(s).GetRendering().width = 5; }};
   for (std::size_t i = 0; i < changes.size(); ++i) {
     auto c = a->Clone();
     changes[i](*c);
@@ -141,15 +142,15 @@ TEST(ShapeRecordTest, HandlesCloneRecordsShareCopiesAndTransformIntoNewHandles) 
   const ShapeInfo turned = moved.Transpose(frame, Kind(Kind::Rotate270));
   EXPECT_DOUBLE_EQ(turned->GetPosition().GetX(), 0.5);
   EXPECT_DOUBLE_EQ(turned->GetPosition().GetY(), 0.75);
-  EXPECT_EQ(As(turned).rendering.turns, 3);
+  EXPECT_EQ(As(turned).turns, 3);
   const ShapeInfo cropped = turned.Crop(frame, ROI{0, 0, 400, 300});
   EXPECT_DOUBLE_EQ(cropped->GetPosition().GetX(), 1.0);
   EXPECT_DOUBLE_EQ(cropped->GetPosition().GetY(), 1.5);
-  EXPECT_DOUBLE_EQ(As(cropped).rendering.width, 4.0);
+  EXPECT_DOUBLE_EQ(As(cropped).width, 4.0);
   const ShapeInfo resized = cropped.Resize(frame, Conf::FrameInfo{400, 300, 1, 1});
-  EXPECT_DOUBLE_EQ(As(resized).rendering.width, 2.0);
+  EXPECT_DOUBLE_EQ(As(resized).width, 2.0);
   EXPECT_EQ(resized->GetPosition().GetX(), 0.0);  // the kind moves it
-  EXPECT_EQ(As(turned).rendering.width, 2.0);
+  EXPECT_EQ(As(turned).width, 2.0);
   EXPECT_EQ(moved->GetPosition().GetX(), 0.25);
 }
 
