@@ -75,16 +75,14 @@ constexpr const char* kPackageText =
     R"({"key":"ToolName","string":"SHAPE_MARKER"})";
 
 struct BlenderRecord {
-  using Record = Initializer;
-  static Record Filled() { return SomeBlender(); }
-  static Record Other() { return Initializer(Initializer::DEFAULT, Proc::Color::Black()); }
+  static Initializer Filled() { return SomeBlender(); }
+  static Initializer Other() { return Initializer(Initializer::DEFAULT, Proc::Color::Black()); }
   static std::string Expected() { return std::string(R"({"entries":[)") + kBlenderText + "]}"; }
 };
 
 struct MaskRecord {
-  using Record = MaskInfo;
-  static Record Filled() { return MaskInfo(10, 50, 20, 60, MaskInfo::MaskInfoEx(SomeBlender())); }
-  static Record Other() { return MaskInfo(); }
+  static MaskInfo Filled() { return MaskInfo(10, 50, 20, 60, MaskInfo::MaskInfoEx(SomeBlender())); }
+  static MaskInfo Other() { return MaskInfo(); }
   static std::string Expected() {
     return std::string(R"({"entries":[{"key":"Left","int":10},{"key":"Right","int":50},)"
                        R"({"key":"Top","int":20},{"key":"Bottom","int":60},)"
@@ -95,22 +93,20 @@ struct MaskRecord {
 };
 
 struct PackageRecord {
-  using Record = EffectsSettingsPackage;
   static constexpr bool kAbsentToolIsNone = true;
-  static Record Filled() { return FilledPackage(); }
-  static Record Other() { return EffectsSettingsPackage(); }
+  static EffectsSettingsPackage Filled() { return FilledPackage(); }
+  static EffectsSettingsPackage Other() { return EffectsSettingsPackage(); }
   static std::string Expected() { return std::string(R"({"entries":[)") + kPackageText + "]}"; }
 };
 
 // A step's settings: the package, then the effect list, whose empty places are kept.
 struct CoreRecord {
-  using Record = SettingsCore;
-  static Record Filled() {
+  static SettingsCore Filled() {
     SettingsCore core{IEffectSettings::Ptr()};  // one place without an effect
     core.GetEffectsSettings().GetPackage() = FilledPackage();
     return core;
   }
-  static Record Other() { return SettingsCore(IEffectSettings::Ptr(TestEffect::Make("Held"))); }
+  static SettingsCore Other() { return SettingsCore(TestEffect::Make("Held")); }
   static std::string Expected() {
     return std::string(
                R"({"entries":[{"key":"tagEffectSettings","node":{"class":"EffectsSettings",)"
@@ -196,33 +192,28 @@ TEST(SettingsEqualityTest, StepSettingsCompareNamesIndexAndEffectsInOrder) {
   EffectsSettings base(TestEffect::Make("Blur", 1));
   base.GetPackage() = FilledPackage();
   using Change = std::function<void(EffectsSettings&)>;
+  const IEffectSettings::ConstList inOrder = {TestEffect::Make("Blur", 1), TestEffect::Make("A")};
+  const IEffectSettings::ConstList reversed = {inOrder[1], inOrder[0]};
   const std::vector<Change> ignored = {
-      [](EffectsSettings& s) { s.GetPackage().SetDrawingTool("pencil"); },
-      [](EffectsSettings& s) { s.GetPackage().SetEffectIndex(7); },
-      [](EffectsSettings& s) { s.GetPackage().SetBlendSource(5); },
-      [](EffectsSettings& s) { s.GetPackage().SetCurrentTool(IToolsId::TEXT); },
-      [](EffectsSettings& s) { s.SetHostFlag(false); }};
+      [](auto& s) { s.GetPackage().SetDrawingTool("pencil"); },
+      [](auto& s) { s.GetPackage().SetEffectIndex(7); },
+      [](auto& s) { s.GetPackage().SetBlendSource(5); },
+      [](auto& s) { s.GetPackage().SetCurrentTool(IToolsId::TEXT); },
+      [](auto& s) { s.SetHostFlag(false); }};
   const std::vector<Change> counted = {
-      [](EffectsSettings& s) { s.GetPackage().SetName("Landscape"); },
-      [](EffectsSettings& s) { s.GetPackage().SetPresetName("Hard"); },
-      [](EffectsSettings& s) { s.GetPackage().SetPackageIndex(4); },
-      [](EffectsSettings& s) { s.SetEffectsConst({TestEffect::Make("Blur", 2)}); },
-      [](EffectsSettings& s) { s.SetEffectsConst({}); },
-      [](EffectsSettings& s) {
-        s.SetEffectsConst({TestEffect::Make("Blur", 1), TestEffect::Make("A")});
-      },
-      [](EffectsSettings& s) {
-        s.SetEffectsConst({TestEffect::Make("A"), TestEffect::Make("Blur", 1)});
-      }};
-  for (std::size_t i = 0; i < ignored.size(); ++i) {
-    EffectsSettings other(base);
-    ignored[i](other);
-    EXPECT_TRUE(other == base) << "ignored " << i;
-  }
-  for (std::size_t i = 0; i < counted.size(); ++i) {
-    EffectsSettings other(base);
-    counted[i](other);
-    EXPECT_TRUE(other != base) << "counted " << i;
+      [](auto& s) { s.GetPackage().SetName("Landscape"); },
+      [](auto& s) { s.GetPackage().SetPresetName("Hard"); },
+      [](auto& s) { s.GetPackage().SetPackageIndex(4); },
+      [](auto& s) { s.SetEffectsConst({TestEffect::Make("Blur", 2)}); },
+      [](auto& s) { s.SetEffectsConst({}); },
+      [&](auto& s) { s.SetEffectsConst(inOrder); },
+      [&](auto& s) { s.SetEffectsConst(reversed); }};
+  for (const auto& [changes, equal] : {std::pair(ignored, true), std::pair(counted, false)}) {
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+      EffectsSettings other(base);
+      changes[i](other);
+      EXPECT_EQ(other == base, equal) << (equal ? "ignored " : "counted ") << i;
+    }
   }
 }
 
