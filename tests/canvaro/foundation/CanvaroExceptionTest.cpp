@@ -5,7 +5,6 @@
 #include <boost/exception/diagnostic_information.hpp>
 
 #include "canvaro/foundation/Throw.h"
-#include "support/Errors.h"
 
 namespace {
 
@@ -14,7 +13,7 @@ using ::testing::HasSubstr;
 using ::testing::Pointee;
 
 // (That a coded failure keeps its code on the way from the swap worker to the caller is checked
-// with the storage.)
+// with the storage; the uncoded "Not implemented" failure with the factories that throw it.)
 TEST(CanvaroExceptionTest, CodedFailureCarriesCodeStackAndThrowSite) {
   try {
     ThrowCoded(CanvaroError::SwapFileFailure, BOOST_CURRENT_LOCATION);
@@ -29,10 +28,6 @@ TEST(CanvaroExceptionTest, CodedFailureCarriesCodeStackAndThrowSite) {
     EXPECT_THAT(boost::diagnostic_information(e), HasSubstr("size: 4, dump: 01 00 00 00 ]"));
     EXPECT_STREQ(e.what(), "Kelbra::Canvaro::CanvaroException");
   }
-}
-
-TEST(CanvaroExceptionTest, NotImplementedHasOnlyItsDescription) {
-  canvaro_test::ExpectNotImplemented([] { ThrowNotImplemented(); });
 }
 
 }  // namespace

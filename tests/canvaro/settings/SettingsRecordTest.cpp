@@ -169,7 +169,6 @@ TEST(SettingsDefaultsTest, NewRecordsHoldTheDocumentedDefaults) {
   const EffectsSettings settings(TestEffect::Make("Blur"));
   EXPECT_TRUE(settings.GetHostFlag());
   EXPECT_TRUE(EffectsSettings(nullptr).EffectsConst().empty());
-  EXPECT_EQ(TestEffect::Make("Blur")->GetImplName(), "default");
   EXPECT_FALSE(TestEffect::Make("Blur")->IsAdditive());
 }
 

@@ -325,21 +325,18 @@ TEST_P(ShapeKindTest, ResetRestoresTheBookkeepingAndTurnsColoursBlack) {
 }
 
 TEST_P(ShapeKindTest, RemoveHidesUnsavesAndClearsTheToolOnlyWhenAsked) {
-  auto shape = Make();
-  shape->SetCurrentTool(IToolsId::SHAPE_MARKER);
-  shape->SetSaved(true);
+  auto shape = Make({{"ToolName", "SHAPE_MARKER"}, {"Saved", true}});
   EXPECT_TRUE(shape->IsSaved());
-
   auto kept = shape->Clone();
-  kept->Remove(false);
-  EXPECT_FALSE(kept->IsVisible());
-  EXPECT_FALSE(kept->IsSaved());
-  EXPECT_EQ(kept->GetCurrentToolID(), IToolsId::SHAPE_MARKER);
 
+  kept->Remove(false);
   shape->Remove(true);
-  EXPECT_FALSE(shape->IsVisible());
-  EXPECT_EQ(shape->GetCurrentToolID(), IToolsId::NONE);
-  EXPECT_EQ(shape->GetTool(), IToolsId::SHAPE_FRAME);  // the record's own tool stays
+
+  EXPECT_FALSE(kept->IsSaved());
+  ExpectWrites(*kept, {{"Visible", false}, {"Saved", false}, {"ToolName", "SHAPE_MARKER"}});
+  // The record's own tool stays.
+  ExpectWrites(*shape,
+               {{"Visible", false}, {"ToolName", "NONE"}, {"InfoTypeBaseToolName", "SHAPE_FRAME"}});
 }
 
 TEST_P(ShapeKindTest, QuarterTurnsAndCropsKeepSizesInPixels) {
