@@ -1,9 +1,7 @@
 // What is particular to text: a resize scales its font with the measured box (never below 10)
-// and asks the host to measure again. That it keeps its size through turns and crops is checked
-// over every kind in ShapeInfoTTest.
+// and asks the host to measure again. How turned text scales under uneven resizes, and that it
+// keeps its size through turns and crops, is checked over every kind in ShapeInfoTTest.
 #include "canvaro/shapes/TextInfo.h"
-
-#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -38,26 +36,6 @@ TEST(TextInfoTest, UniformResizeScalesTheFontAndClearsTheMeasuredBox) {
 
   // 96 * 0.7 = 67.2: the size is cut, not rounded.
   EXPECT_EQ(Rendering(text.Resize({1000, 800, 1, 1}, {700, 560, 1, 1})).GetFontSize(), 67);
-}
-
-TEST(TextInfoTest, TurnedTextScalesWithItsBoxUnderNonUniformResize) {
-  auto shape = MeasuredText(200, 50, 60);
-  shape->GetPosition().SetAngle(90);  // the text runs down the picture
-  const ShapeInfo text(*shape);
-
-  // The picture gets three times taller and keeps its width: the box's width runs along the
-  // picture's height, so the font triples.
-  const ShapeInfo resized = text.Resize({400, 400, 1, 1}, {400, 1200, 1, 1});
-  EXPECT_EQ(Rendering(resized).GetFontSize(), 180);
-  EXPECT_NEAR(resized->GetPosition().GetAngle(), 90, 1e-9);
-
-  // Turned by 30 degrees, the width scales by the length of (cos 30 * 2, sin 30 * 1).
-  shape->GetPosition().SetAngle(30);
-  const ShapeInfo wide = ShapeInfo(*shape).Resize({400, 400, 1, 1}, {800, 400, 1, 1});
-  const double factor = std::hypot(std::cos(M_PI / 6) * 2, std::sin(M_PI / 6));
-  EXPECT_EQ(Rendering(wide).GetFontSize(), static_cast<int>(60 * factor));
-  EXPECT_NEAR(wide->GetPosition().GetAngle(),
-              std::atan2(std::sin(M_PI / 6), 2 * std::cos(M_PI / 6)) * 180 / M_PI, 1e-9);
 }
 
 TEST(TextInfoTest, TheFontNeverDropsBelowTen) {
