@@ -19,6 +19,9 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using canvaro_test::ExpectNotImplemented;
 using canvaro_test::TestEffect;
+using ::testing::Pointee;
+using ::testing::ResultOf;
+using ::testing::Throws;
 
 // An effect whose clones fail after a number of successful ones.
 class BrittleEffect : public TestEffect {
@@ -38,25 +41,21 @@ TEST(EffectSettingsTest, FactoryMakesOnlyWhatAHostRegistered) {
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings(""); });
 
-  const auto code = [](auto call) {
-    try {
-      call();
-    } catch (const CanvaroException& e) {
-      const CanvaroError* found = boost::get_error_info<TagCanvaroErrorCode>(e);
-      return found != nullptr ? static_cast<int>(*found) : -1;
-    }
-    return 0;
+  const auto code = [](const CanvaroException& e) {
+    return boost::get_error_info<TagCanvaroErrorCode>(e);
   };
+  const auto invalidArgument =
+      Throws<CanvaroException>(ResultOf(code, Pointee(CanvaroError::InvalidArgument)));
+  const auto invalidState =
+      Throws<CanvaroException>(ResultOf(code, Pointee(CanvaroError::InvalidState)));
   const auto make = [] { return IEffectSettings::Ptr(TestEffect::Make("Made", 7)); };
-  EXPECT_EQ(code([&] { IEffectSettings::RegisterEffectCreator("", make); }),
-            static_cast<int>(CanvaroError::InvalidArgument));
-  EXPECT_EQ(code([] { IEffectSettings::RegisterEffectCreator("TestEffect", nullptr); }),
-            static_cast<int>(CanvaroError::InvalidArgument));
+  EXPECT_THAT([&] { IEffectSettings::RegisterEffectCreator("", make); }, invalidArgument);
+  EXPECT_THAT([] { IEffectSettings::RegisterEffectCreator("TestEffect", nullptr); },
+              invalidArgument);
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
 
   IEffectSettings::RegisterEffectCreator("TestEffect", [] { return IEffectSettings::Ptr(); });
-  EXPECT_EQ(code([] { IEffectSettings::CreateEffectSettings("TestEffect"); }),
-            static_cast<int>(CanvaroError::InvalidState));
+  EXPECT_THAT([] { IEffectSettings::CreateEffectSettings("TestEffect"); }, invalidState);
   IEffectSettings::RegisterEffectCreator("TestEffect", make);  // replaces
   EXPECT_EQ(IEffectSettings::CreateEffectSettings("TestEffect")->GetSettings().GetTypeName(),
             "Made");

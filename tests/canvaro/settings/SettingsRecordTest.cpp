@@ -225,14 +225,15 @@ bool Shares(const IEffectSettings::ConstList& a, const IEffectSettings::ConstLis
   return false;
 }
 
+IEffectSettings::ConstList Effects(const SettingsCore& core) {
+  return core.GetEffectsSettings().EffectsConst();
+}
+
 TEST(SettingsSharingTest, MutableEffectsAreSharedEverythingElseIsCloned) {
   const auto effect = TestEffect::Make("Blur", 1);
-  const SettingsCore shared(effect);
-  EXPECT_EQ(shared.GetEffectsSettings().EffectsConst().at(0), effect);
-  const SettingsCore owned{IEffectSettings::ConstPtr(effect)};
-  EXPECT_NE(owned.GetEffectsSettings().EffectsConst().at(0), effect);
-  const boost::intrusive_ptr<const TestEffect> constEffect = effect;
-  EXPECT_NE(SettingsCore(constEffect).GetEffectsSettings().EffectsConst().at(0), effect);
+  EXPECT_EQ(Effects(SettingsCore(effect)).at(0), effect);
+  EXPECT_NE(Effects(SettingsCore(IEffectSettings::ConstPtr(effect))).at(0), effect);
+  EXPECT_NE(Effects(SettingsCore(boost::intrusive_ptr<const TestEffect>(effect))).at(0), effect);
   EXPECT_NE(EffectsSettings(effect).EffectsConst().at(0), effect);
 
   // Copies and assignments clone the effects and keep the host flag; self-assignment keeps them.
@@ -245,12 +246,11 @@ TEST(SettingsSharingTest, MutableEffectsAreSharedEverythingElseIsCloned) {
   for (const SettingsCore* c : {&copy, static_cast<const SettingsCore*>(&assigned)}) {
     EXPECT_EQ(*c, source);
     EXPECT_FALSE(c->GetEffectsSettings().GetHostFlag());
-    EXPECT_FALSE(
-        Shares(c->GetEffectsSettings().EffectsConst(), source.GetEffectsSettings().EffectsConst()));
+    EXPECT_FALSE(Shares(Effects(*c), Effects(source)));
   }
   auto& self = source;
   source = self;
-  EXPECT_EQ(source.GetEffectsSettings().EffectsConst().at(0), effect);
+  EXPECT_EQ(Effects(source).at(0), effect);
 
   // Setting a list clones it, also when it is the record's own.
   EffectsSettings settings(nullptr);
