@@ -273,8 +273,11 @@ TEST_P(ShapeKindTest, EqualityLooksAtVisibilityPresetZValuePositionAndParameters
   auto b = a->Clone();
   EXPECT_NE(a.get(), b.get());
   EXPECT_EQ(b->GetRefCount(), 1);
-  // Neither index, tools, change type nor saved flag count, nor z-values within the tolerance.
+  // Neither index, tools, change type nor saved flag count, nor differences within 1e-5.
   Read(*b, {{"ZValue", 150.25001},
+            {"PositionX", 0.50001},
+            {"PositionY", 0.49999},
+            {"RotationAngle", 0.00001},
             {"Index", 1},
             {"ToolName", "SHAPE_ARROW"},
             {"ChangeType", 9},
@@ -283,8 +286,10 @@ TEST_P(ShapeKindTest, EqualityLooksAtVisibilityPresetZValuePositionAndParameters
   EXPECT_TRUE(*a == *b);
 
   const std::vector<std::vector<Entry>> changes = {
-      {{"ZValue", 150.2501}}, {{"PresetID", "preset-a"}}, {{"Visible", true}},
-      {{"PositionX", 0.6}},   {{"Opacity", 254}},         Custom()};
+      {{"ZValue", 150.2501}},     {{"PresetID", "preset-a"}},
+      {{"Visible", true}},        {{"PositionX", 0.5001}},
+      {{"RotationAngle", 0.001}}, {{"PositionDefault", false}},
+      {{"Opacity", 254}},         Custom()};
   for (const auto& change : changes) {
     auto c = a->Clone();
     Read(*c, change);
