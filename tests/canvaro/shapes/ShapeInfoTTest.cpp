@@ -211,17 +211,12 @@ class ShapeKindTest : public ::testing::TestWithParam<Kind> {
 INSTANTIATE_TEST_SUITE_P(AllKinds, ShapeKindTest, ::testing::ValuesIn(AllKinds()),
                          [](const auto& info) { return std::string(info.param.classId); });
 
+// What the registry makes shows in every other case: new shapes of the kind are made through it.
 TEST_P(ShapeKindTest, IsRegisteredUnderItsClassIdAndType) {
   const auto* row = ShapeInfoBase::GetCreatorItem(std::string(GetParam().classId));
   ASSERT_NE(row, nullptr);
   EXPECT_EQ(row->type, GetParam().type);
   EXPECT_EQ(ShapeInfoBase::GetCreatorItem(GetParam().type), row);
-
-  auto made = row->create(IToolsId::SHAPE_ARROW);
-  EXPECT_EQ(made->GetShapeType(), GetParam().type);
-  EXPECT_EQ(made->GetClassId(), GetParam().classId);
-  EXPECT_EQ(made->GetTool(), IToolsId::SHAPE_ARROW);
-  EXPECT_EQ(made->GetCurrentToolID(), IToolsId::NONE);
 }
 
 TEST_P(ShapeKindTest, ANewShapeWritesItsKeysInOrderWithTheDefaults) {
