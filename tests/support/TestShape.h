@@ -24,13 +24,23 @@ class TestShapeRendering : public Canvaro::RenderingTypeBaseToolIdRemovable {
  public:
   static constexpr Canvaro::ShapeType kShapeType = kTestShapeType;
 
-  bool operator==(const TestShapeRendering& other) const;
+  bool operator==(const TestShapeRendering& other) const {
+    return RenderingTypeBase::operator==(other) && width == other.width && turns == other.turns;
+  }
 
-  void Transpose(const Kelbra::Conf::FrameInfo& frame,
-                 const Kelbra::Proc::SettingsEffectTranspose& transpose) override;
+  void Transpose(const Kelbra::Conf::FrameInfo&,
+                 const Kelbra::Proc::SettingsEffectTranspose& transpose) override {
+    turns += transpose.GetTransposeKind();
+  }
   void Resize(const Kelbra::Conf::FrameInfo& from, const Kelbra::Conf::FrameInfo& to,
-              Canvaro::PositionType& position) override;
-  void Crop(const Kelbra::Conf::FrameInfo& frame, const Kelbra::ROI& roi) override;
+              Canvaro::PositionType& position) override {
+    width = width * to.width / from.width;
+    position.SetX(0.0);
+    position.SetY(0.0);
+  }
+  void Crop(const Kelbra::Conf::FrameInfo& frame, const Kelbra::ROI& roi) override {
+    width = width * frame.width / roi.width;
+  }
 
   double width = 2.0;
   int turns = 0;
@@ -42,9 +52,14 @@ class TestShape {
   using Record = Canvaro::ShapeInfoT<TestShapeRendering>;
 
   // Registers the kind (once) and makes a record.
-  static Canvaro::ShapeInfoBasePtr Create(Canvaro::IToolsId::Value tool);
+  static Canvaro::ShapeInfoBasePtr Create(Canvaro::IToolsId::Value tool) {
+    Register();
+    return Record::Create(tool);
+  }
   // Registers the kind; safe to call often.
-  static void Register();
+  static void Register() {
+    Canvaro::ShapeInfoBase::RegisterKind({kTestShapeType, "TestShape", &Record::Create});
+  }
 };
 
 }  // namespace canvaro_test

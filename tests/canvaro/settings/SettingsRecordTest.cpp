@@ -10,7 +10,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/settings/Blender.h"
 #include "canvaro/settings/MaskInfo.h"
 #include "canvaro/settings/SettingsCore.h"

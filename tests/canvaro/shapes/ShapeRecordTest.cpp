@@ -89,7 +89,6 @@ TEST(ShapeRecordTest, HandlesCloneRecordsShareCopiesAndTransformIntoNewHandles) 
 
   // Position first, then the kind's rendering; the original stays as it was.
   const Conf::FrameInfo frame{800, 600, 1, 1};
-  const ShapeInfo before(ShapeInfoBaseConstPtr(handle.GetImpl()));
   handle->GetPosition().SetX(0.25);
   const ShapeInfo moved(ShapeInfoBaseConstPtr(handle.GetImpl()));
   const ShapeInfo turned = moved.Transpose(frame, Kind(Kind::Rotate270));
