@@ -24,17 +24,14 @@ using ::testing::ResultOf;
 using ::testing::Throws;
 
 // An effect whose clones fail after a number of successful ones.
-class BrittleEffect : public TestEffect {
- public:
+struct BrittleEffect : TestEffect {
   BrittleEffect(std::string kind, int* clonesLeft)
-      : TestEffect(std::move(kind), 0), left_(clonesLeft) {}
+      : TestEffect(std::move(kind), 0), clonesLeft(clonesLeft) {}
   Ptr Clone() const override {
-    if ((*left_)-- <= 0) throw std::runtime_error("clone failed");
+    if ((*clonesLeft)-- <= 0) throw std::runtime_error("clone failed");
     return TestEffect::Clone();
   }
-
- private:
-  int* left_;
+  int* clonesLeft;
 };
 
 TEST(EffectSettingsTest, FactoryMakesOnlyWhatAHostRegistered) {
