@@ -18,58 +18,47 @@
 
 namespace canvaro_test {
 
-// The parameter object: a kind name (reported as the type name) and one number.
-class TestEffectParameters final : public Kelbra::Proc::Settings {
+// The effect is its own parameter object: a kind name (reported as the type name) and one number.
+class TestEffect : public Kelbra::Canvaro::EffectSettings, public Kelbra::Proc::Settings {
  public:
-  TestEffectParameters(std::string kind, int amount) : kind_(std::move(kind)), amount_(amount) {}
-
-  const std::string& GetTypeName() const override { return kind_; }
-  int GetAmount() const { return amount_; }
-  void SetAmount(int amount) { amount_ = amount; }
-
- private:
-  std::string kind_;
-  int amount_;
-};
-
-class TestEffect : public Kelbra::Canvaro::EffectSettings {
- public:
-  TestEffect(std::string kind, int amount) : parameters_(std::move(kind), amount) {}
+  TestEffect(std::string kind, int amount) : kind_(std::move(kind)), amount_(amount) {}
   TestEffect(std::string kind, int amount, std::string implName)
-      : EffectSettings(std::move(implName)), parameters_(std::move(kind), amount) {}
+      : EffectSettings(std::move(implName)), kind_(std::move(kind)), amount_(amount) {}
 
   static boost::intrusive_ptr<TestEffect> Make(std::string kind, int amount = 0) {
     return new TestEffect(std::move(kind), amount);
   }
 
-  int GetAmount() const { return parameters_.GetAmount(); }
-  void SetAmount(int amount) { parameters_.SetAmount(amount); }
+  int GetAmount() const { return amount_; }
+  void SetAmount(int amount) { amount_ = amount; }
 
   Ptr Clone() const override { return new TestEffect(*this); }
-  const Kelbra::Proc::Settings& GetSettings() const override { return parameters_; }
+  const Kelbra::Proc::Settings& GetSettings() const override { return *this; }
+  const std::string& GetTypeName() const override { return kind_; }
 
   bool IsEqual(const IEffectSettings& other) const override {
     const auto* effect = dynamic_cast<const TestEffect*>(&other);
-    return effect != nullptr && effect->parameters_.GetTypeName() == parameters_.GetTypeName() &&
-           effect->GetAmount() == GetAmount() && effect->GetImplName() == GetImplName();
+    return effect != nullptr && effect->kind_ == kind_ && effect->amount_ == amount_ &&
+           effect->GetImplName() == GetImplName();
   }
 
   void Serialize(const Kelbra::Drevin::ISerializerPtr& serializer) const override {
     EffectSettings::Serialize(serializer);
-    serializer->WriteString("kind", parameters_.GetTypeName());
-    serializer->WriteInt("amount", GetAmount());
+    serializer->WriteString("kind", kind_);
+    serializer->WriteInt("amount", amount_);
   }
   void Deserialize(const Kelbra::Drevin::ISerializerConstPtr& serializer) override {
     EffectSettings::Deserialize(serializer);
-    parameters_ = TestEffectParameters(serializer->ReadString("kind", parameters_.GetTypeName()),
-                                       serializer->ReadInt("amount", GetAmount()));
+    kind_ = serializer->ReadString("kind", kind_);
+    amount_ = serializer->ReadInt("amount", amount_);
   }
 
  protected:
   TestEffect(const TestEffect&) = default;
 
  private:
-  TestEffectParameters parameters_;
+  std::string kind_;
+  int amount_;
 };
 
 }  // namespace canvaro_test

@@ -1,5 +1,6 @@
 // The edges of the geometry the shape kinds share: pictures without area, and strokes that would
-// scale below one pixel. The geometry itself is checked over every kind in ShapeInfoTTest.
+// scale below one pixel. The geometry itself, and that a resize from or to a picture without area
+// changes nothing, are checked over every kind in ShapeInfoTTest.
 #include "canvaro/shapes/IRenderingType.h"
 
 #include <limits>
@@ -32,20 +33,6 @@ TEST(IRenderingTypeTest, TheStrokeNeverGetsThinnerThanOnePixel) {
   unsigned huge = std::numeric_limits<unsigned>::max();
   IRenderingType::ResizeImpl({100, 100, 1, 1}, {1000, 1000, 1, 1}, w, h, position, huge);
   EXPECT_EQ(huge, std::numeric_limits<unsigned>::max());
-}
-
-TEST(IRenderingTypeTest, EmptyFramesChangeNothing) {
-  PositionType position;
-  position.SetAngle(30);
-  double w = 0.5;
-  double h = 0.5;
-  unsigned thickness = 3;
-  IRenderingType::ResizeImpl({0, 300, 1, 1}, {400, 300, 1, 1}, w, h, position, thickness);
-  IRenderingType::ResizeImpl({400, 300, 1, 1}, {400, 0, 1, 1}, w, h, position, thickness);
-  EXPECT_EQ(w, 0.5);
-  EXPECT_EQ(h, 0.5);
-  EXPECT_EQ(position.GetAngle(), 30);
-  EXPECT_EQ(thickness, 3u);
 }
 
 }  // namespace

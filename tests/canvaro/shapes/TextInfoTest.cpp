@@ -1,9 +1,8 @@
-// What is particular to text: a resize scales its font with the measured box (never below 10)
-// and asks the host to measure again. That it keeps its size through turns and crops is checked
-// over every kind in ShapeInfoTTest.
+// What is particular to text: a resize scales its font with the measured box, cut to whole
+// points and never below 10. How turned text scales under uneven resizes, that the host is asked
+// to measure again, and that text keeps its size through turns and crops, is checked over every
+// kind in ShapeInfoTTest.
 #include "canvaro/shapes/TextInfo.h"
-
-#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -18,61 +17,33 @@ const TextInfo::RenderingType& Rendering(const ShapeInfo& shape) {
   return static_cast<const TextInfo&>(*shape.GetImpl()).GetRendering();
 }
 
-boost::intrusive_ptr<TextInfo> MeasuredText(double width, double height, int fontSize) {
+boost::intrusive_ptr<TextInfo> MeasuredText(double width, int fontSize) {
   auto text = boost::static_pointer_cast<TextInfo>(TextInfo::Create(IToolsId::TEXT));
   text->GetRendering().SetText("Label");
   text->GetRendering().SetWidth(width);
-  text->GetRendering().SetHeight(height);
+  text->GetRendering().SetHeight(width / 4);
   text->GetRendering().SetFontSize(fontSize);
   return text;
 }
 
-TEST(TextInfoTest, UniformResizeScalesTheFontAndClearsTheMeasuredBox) {
-  const ShapeInfo text(*MeasuredText(300, 80, 96));
-  const ShapeInfo half = text.Resize({1000, 800, 1, 1}, {500, 400, 1, 1});
-  EXPECT_EQ(Rendering(half).GetFontSize(), 48);
-  EXPECT_EQ(Rendering(half).GetWidth(), 0);
-  EXPECT_EQ(Rendering(half).GetHeight(), 0);
-  EXPECT_EQ(Rendering(half).GetText(), "Label");
-  EXPECT_EQ(Rendering(text).GetWidth(), 300) << "the original is untouched";
-
-  // 96 * 0.7 = 67.2: the size is cut, not rounded.
-  EXPECT_EQ(Rendering(text.Resize({1000, 800, 1, 1}, {700, 560, 1, 1})).GetFontSize(), 67);
-}
-
-TEST(TextInfoTest, TurnedTextScalesWithItsBoxUnderNonUniformResize) {
-  auto shape = MeasuredText(200, 50, 60);
-  shape->GetPosition().SetAngle(90);  // the text runs down the picture
-  const ShapeInfo text(*shape);
-
-  // The picture gets three times taller and keeps its width: the box's width runs along the
-  // picture's height, so the font triples.
-  const ShapeInfo resized = text.Resize({400, 400, 1, 1}, {400, 1200, 1, 1});
-  EXPECT_EQ(Rendering(resized).GetFontSize(), 180);
-  EXPECT_NEAR(resized->GetPosition().GetAngle(), 90, 1e-9);
-
-  // Turned by 30 degrees, the width scales by the length of (cos 30 * 2, sin 30 * 1).
-  shape->GetPosition().SetAngle(30);
-  const ShapeInfo wide = ShapeInfo(*shape).Resize({400, 400, 1, 1}, {800, 400, 1, 1});
-  const double factor = std::hypot(std::cos(M_PI / 6) * 2, std::sin(M_PI / 6));
-  EXPECT_EQ(Rendering(wide).GetFontSize(), static_cast<int>(60 * factor));
-  EXPECT_NEAR(wide->GetPosition().GetAngle(),
-              std::atan2(std::sin(M_PI / 6), 2 * std::cos(M_PI / 6)) * 180 / M_PI, 1e-9);
-}
-
-TEST(TextInfoTest, TheFontNeverDropsBelowTen) {
-  const ShapeInfo text(*MeasuredText(300, 80, 14));
-  // 14 / 2 = 7 becomes 10.
-  EXPECT_EQ(Rendering(text.Resize({1000, 1000, 1, 1}, {500, 500, 1, 1})).GetFontSize(), 10);
-  // 14 * 0.75 = 10.5 is cut to 10 as well; 14 * 0.8 = 11.2 gives 11.
-  EXPECT_EQ(Rendering(text.Resize({1000, 1000, 1, 1}, {750, 750, 1, 1})).GetFontSize(), 10);
-  EXPECT_EQ(Rendering(text.Resize({1000, 1000, 1, 1}, {800, 800, 1, 1})).GetFontSize(), 11);
-
-  // An unmeasured box still scales the font; pictures without area change nothing.
-  const ShapeInfo unmeasured(*MeasuredText(0, 0, 40));
-  EXPECT_EQ(Rendering(unmeasured.Resize({100, 100, 1, 1}, {300, 300, 1, 1})).GetFontSize(), 120);
-  EXPECT_TRUE(text.Resize({0, 0, 0, 0}, {300, 300, 1, 1}) == text);
-  EXPECT_TRUE(text.Resize({300, 300, 1, 1}, {300, 0, 1, 1}) == text);
+TEST(TextInfoTest, ResizeScalesTheFontCutToWholePointsAndNeverBelowTen) {
+  struct Case {
+    int fontSize;
+    double width;  // of the measured box; 0 when unmeasured
+    int side;      // of the resized picture, from 1000
+    int expected;
+  };
+  // 96 * 0.7 = 67.2 and 14 * 0.75 = 10.5 are cut, 14 / 2 = 7 becomes 10, and an unmeasured box
+  // still scales the font.
+  const Case cases[] = {{96, 300, 500, 48}, {96, 300, 700, 67}, {14, 300, 500, 10},
+                        {14, 300, 750, 10}, {14, 300, 800, 11}, {40, 0, 3000, 120}};
+  for (const Case& c : cases) {
+    const ShapeInfo text(*MeasuredText(c.width, c.fontSize));
+    const ShapeInfo resized = text.Resize({1000, 1000, 1, 1}, {c.side, c.side, 1, 1});
+    EXPECT_EQ(Rendering(resized).GetFontSize(), c.expected) << c.fontSize << " to " << c.side;
+    EXPECT_EQ(Rendering(resized).GetText(), "Label");
+    EXPECT_EQ(Rendering(text).GetWidth(), c.width) << "the original is untouched";
+  }
 }
 
 }  // namespace
