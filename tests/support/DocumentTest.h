@@ -45,30 +45,7 @@ inline Kelbra::Proc::IDataVideoPtr MaskPicture(std::int32_t left, std::int32_t r
                                                std::int32_t top, std::int32_t bottom,
                                                std::uint8_t value, std::int32_t width = 8,
                                                std::int32_t height = 6) {
-  auto mask = Kelbra::Proc::DataVideoFF::Create(Kelbra::Proc::PixFmt::Gray8, {width, height, 1, 1});
-  auto plane = mask->GetPlane(0);
-  for (std::int32_t y = 0; y < height; ++y) {
-    for (std::int32_t x = 0; x < width; ++x) {
-      *plane.GetOffsetPtr(static_cast<std::size_t>(x), static_cast<std::size_t>(y)) =
-          x >= left && x < right && y >= top && y < bottom ? value : 0;
-    }
-  }
-  return mask;
-}
-
-// A copy of the mask picture `mask` with [left, right) x [top, bottom) painted `value`: the next
-// stroke, as a host paints it into a copy of the mask in force.
-inline Kelbra::Proc::IDataVideoPtr Painted(const Kelbra::Proc::IDataVideoPtr& mask,
-                                           std::int32_t left, std::int32_t right, std::int32_t top,
-                                           std::int32_t bottom, std::uint8_t value) {
-  auto copy = Kelbra::Proc::CopyDataVideo(*mask);
-  auto plane = copy->GetPlane(0);
-  for (std::int32_t y = top; y < bottom; ++y) {
-    for (std::int32_t x = left; x < right; ++x) {
-      *plane.GetOffsetPtr(static_cast<std::size_t>(x), static_cast<std::size_t>(y)) = value;
-    }
-  }
-  return copy;
+  return Painted(nullptr, left, right, top, bottom, value, width, height);
 }
 
 // The rows of every plane without padding (none for no picture): equal exactly when the pixels

@@ -34,4 +34,20 @@ std::string PackedBytes(const Kelbra::Proc::IDataVideo& picture) {
   return bytes;
 }
 
+Kelbra::Proc::IDataVideoPtr Painted(const Kelbra::Proc::IDataVideoPtr& mask, std::int32_t left,
+                                    std::int32_t right, std::int32_t top, std::int32_t bottom,
+                                    std::uint8_t value, std::int32_t width, std::int32_t height) {
+  using namespace Kelbra::Proc;
+  IDataVideoPtr copy =
+      mask ? CopyDataVideo(*mask) : DataVideoFF::Create(PixFmt::Gray8, {width, height, 1, 1});
+  if (!mask) copy->Fill(Color::Black());
+  const auto plane = copy->GetPlane(0);
+  for (std::int32_t y = top; y < bottom; ++y) {
+    for (std::int32_t x = left; x < right; ++x) {
+      *plane.GetOffsetPtr(static_cast<std::size_t>(x), static_cast<std::size_t>(y)) = value;
+    }
+  }
+  return copy;
+}
+
 }  // namespace canvaro_test

@@ -22,4 +22,12 @@ Kelbra::Proc::IDataVideoPtr MakePatternPicture(Kelbra::Proc::PixFmt format,
 // its header.
 std::string PackedBytes(const Kelbra::Proc::IDataVideo& picture);
 
+// A copy of the mask picture `mask` (of a blank `width` x `height` mask when null) with
+// [left, right) x [top, bottom) painted `value`: a stroke as a host paints it into a copy of the
+// mask in force.
+Kelbra::Proc::IDataVideoPtr Painted(const Kelbra::Proc::IDataVideoPtr& mask, std::int32_t left,
+                                    std::int32_t right, std::int32_t top, std::int32_t bottom,
+                                    std::uint8_t value, std::int32_t width = 8,
+                                    std::int32_t height = 6);
+
 }  // namespace canvaro_test

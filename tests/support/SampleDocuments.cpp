@@ -26,25 +26,6 @@ using namespace Kelbra::Canvaro;
 constexpr std::int32_t kWidth = 8;
 constexpr std::int32_t kHeight = 6;
 
-// `base` (or a blank mask) with [left, right) x [top, bottom) painted `value`.
-Proc::IDataVideoPtr Stroke(const Proc::IDataVideoPtr& base, std::int32_t left, std::int32_t right,
-                           std::int32_t top, std::int32_t bottom, std::uint8_t value) {
-  Proc::IDataVideoPtr mask;
-  if (base) {
-    mask = Proc::CopyDataVideo(*base);
-  } else {
-    mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight, 1, 1});
-    mask->Fill(Proc::Color::Black());
-  }
-  auto plane = mask->GetPlane(0);
-  for (std::int32_t y = top; y < bottom; ++y) {
-    for (std::int32_t x = left; x < right; ++x) {
-      *plane.GetOffsetPtr(static_cast<std::size_t>(x), static_cast<std::size_t>(y)) = value;
-    }
-  }
-  return mask;
-}
-
 ICanvaroUndoPtr MakeDocument(const ioPath& dir, const std::string& session) {
   return ICanvaroUndo::Create(dir, [session, n = 0]() mutable {
     return "sample_" + session + "_" + std::to_string(n++) + ".raw";
@@ -64,9 +45,9 @@ void Edit(ICanvaroUndo& doc) {
     return MakePatternPicture(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1}, seed);
   };
   doc.Add(Settings("Source", 0), picture(1), nullptr, NoMask());
-  const auto first = Stroke(nullptr, 0, 3, 0, 2, 1);
+  const auto first = Painted(nullptr, 0, 3, 0, 2, 1);
   doc.Add(Settings("Brush", 1), picture(2), first, Mask(0, 3, 0, 2));
-  const auto second = Stroke(first, 2, 6, 1, 4, 2);
+  const auto second = Painted(first, 2, 6, 1, 4, 2);
   doc.AddMask(second, Mask(2, 6, 1, 4));
 
   auto line = LineInfo::Create(IToolsId::SHAPE_LINE);
@@ -76,7 +57,7 @@ void Edit(ICanvaroUndo& doc) {
     RAII::UndoTransactionGuard transaction(doc.GetTransactionManager());
     // Transactions do not nest: SetShapes would open one of its own.
     doc.SetShape(ShapeInfo(*RectangleInfo::Create(IToolsId::SHAPE_FRAME)), nullptr);
-    doc.AddMask(Stroke(second, 5, 8, 3, 6, 3), Mask(5, 8, 3, 6));
+    doc.AddMask(Painted(second, 5, 8, 3, 6, 3), Mask(5, 8, 3, 6));
   }
   doc.SetShapes({ShapeInfo(*TextInfo::Create(IToolsId::TEXT))});
   doc.RemoveShapeAll(ShapeType::Rectangle);
