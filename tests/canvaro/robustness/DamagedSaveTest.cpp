@@ -47,14 +47,41 @@ Property& SettingsItem(Property& doc, std::size_t item) { return At(doc, "Items"
 Property& FrameRecord(Property& doc, std::size_t frame) {
   return Child(At(Child(doc, "Frames"), "StorageItems", frame), "StorageItem");
 }
+Property& Root(Property& doc) { return doc; }
+Property& Manager(Property& doc) { return Child(doc, "UndoManager"); }
+Property& FirstItemOfStep1(Property& doc) { return At(Step(doc, 1), "ItemList", 0); }
+Property& FirstItemOfStep2(Property& doc) { return At(Step(doc, 2), "ItemList", 0); }
+Property& FirstSettings(Property& doc) { return SettingsItem(doc, 0); }
+Property& LastSettings(Property& doc) { return SettingsItem(doc, 2); }
+Property& MaskOfSecondSettings(Property& doc) { return Child(SettingsItem(doc, 1), "Mask"); }
+Property& ShapeData(Property& doc) { return Child(At(Child(doc, "Shape"), "Items", 0), "Data"); }
+Property& SecondShapeState(Property& doc) { return ShapeState(doc, 0, 1); }
+Property& SecondShapeInfo(Property& doc) { return Child(ShapeState(doc, 0, 1), "Info"); }
+Property& FirstFrame(Property& doc) { return FrameRecord(doc, 0); }
+
+using Damaging = std::function<void(Property&)>;
+using Where = Property& (*)(Property&);
+
+// The damage that sets `key` of the node that `where` finds to `value`.
+Damaging Set(Where where, std::string key, std::int32_t value) {
+  return [=](Property& doc) { where(doc).SetInt(key, value); };
+}
+Damaging Set(Where where, std::string key, double value) {
+  return [=](Property& doc) { where(doc).SetDouble(key, value); };
+}
+Damaging Set(Where where, std::string key, std::string value) {
+  return [=](Property& doc) { where(doc).SetString(key, value); };
+}
 
 struct Damage {
   const char* name;
-  std::function<void(Property&)> apply;
+  Damaging apply;
   Outcome load;  // how loading ends
 };
 
 void PrintTo(const Damage& damage, std::ostream* out) { *out << damage.name; }
+
+std::string NameOf(const testing::TestParamInfo<Damage>& info) { return info.param.name; }
 
 class DamagedSaveTest : public testing::TestWithParam<Damage> {
  protected:
@@ -64,27 +91,16 @@ class DamagedSaveTest : public testing::TestWithParam<Damage> {
     }
   }
 
-  ICanvaroUndoPtr NewDocument() {
-    return ICanvaroUndo::Create(dir_.path(),
-                                [n = 0]() mutable { return "loaded_" + std::to_string(n++); });
-  }
-
   TempDir dir_;
   Property session_;
 };
-
-TEST_F(DamagedSaveTest, TheUndamagedSessionLoadsAndWorks) {
-  auto doc = NewDocument();
-  doc->Deserialize(Drevin::SerializerProperty::Create(std::as_const(session_)));
-  EXPECT_EQ(doc->GetVideoCount(), 3u);
-  EXPECT_EQ(OutcomeOf([&] { ExerciseDocument(*doc); }), Outcome::Done);
-}
 
 // A document whose load failed holds what was read so far and is discarded; one that loaded
 // must work.
 TEST_P(DamagedSaveTest, LoadingEndsInAClearOutcome) {
   GetParam().apply(session_);
-  auto doc = NewDocument();
+  auto doc = ICanvaroUndo::Create(dir_.path(),
+                                  [n = 0]() mutable { return "loaded_" + std::to_string(n++); });
   EXPECT_EQ(OutcomeOf([&] {
               doc->Deserialize(Drevin::SerializerProperty::Create(std::as_const(session_)));
             }),
@@ -96,114 +112,71 @@ TEST_P(DamagedSaveTest, LoadingEndsInAClearOutcome) {
 
 INSTANTIATE_TEST_SUITE_P(
     UnknownParts, DamagedSaveTest,
-    testing::Values(
-        Damage{"StepNamesAPartThatDoesNotExist",
-               [](Property& doc) { At(Step(doc, 1), "ItemList", 0).SetString("Item", "Nobody"); },
-               Outcome::InvalidDocument},
-        Damage{"StepNamesAShapeItemThatWasNotSaved",
-               [](Property& doc) {
-                 At(Step(doc, 2), "ItemList", 0).SetString("Item", "Item_00000099");
-               },
-               Outcome::InvalidDocument},
-        Damage{"ShapeOfAnUnknownKind",
-               [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetClassId("Hexagon"); },
-               Outcome::InvalidDocument},
-        Damage{"ShapeStateWithoutKind",
-               [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetClassId(""); },
-               Outcome::InvalidDocument},
-        Damage{"ShapeWithoutStates",
-               [](Property& doc) {
-                 Property& data = Child(At(Child(doc, "Shape"), "Items", 0), "Data");
-                 data.SetInt("Index", -1);
-                 data.AddCollection("Items");
-               },
-               Outcome::InvalidDocument},
-        Damage{"ShapeWithoutData",
-               [](Property& doc) { At(Child(doc, "Shape"), "Items", 0).Remove("Data"); },
-               Outcome::PropertyError}),
-    [](const auto& info) { return std::string(info.param.name); });
+    testing::ValuesIn(std::vector<Damage>{
+        {"Undamaged", [](Property&) {}, Outcome::Done},
+        {"StepNamesAPartThatDoesNotExist", Set(FirstItemOfStep1, "Item", "Nobody"),
+         Outcome::InvalidDocument},
+        {"StepNamesAShapeItemThatWasNotSaved", Set(FirstItemOfStep2, "Item", "Item_00000099"),
+         Outcome::InvalidDocument},
+        {"ShapeOfAnUnknownKind", [](Property& doc) { SecondShapeInfo(doc).SetClassId("Hexagon"); },
+         Outcome::InvalidDocument},
+        {"ShapeStateWithoutKind", [](Property& doc) { SecondShapeInfo(doc).SetClassId(""); },
+         Outcome::InvalidDocument},
+        {"ShapeWithoutStates",
+         [](Property& doc) {
+           ShapeData(doc).SetInt("Index", -1);
+           ShapeData(doc).AddCollection("Items");
+         },
+         Outcome::InvalidDocument},
+        {"ShapeWithoutData",
+         [](Property& doc) { At(Child(doc, "Shape"), "Items", 0).Remove("Data"); },
+         Outcome::PropertyError}}),
+    NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     IndicesPastTheEnd, DamagedSaveTest,
-    testing::Values(
-        Damage{"StepIndex", [](Property& doc) { Child(doc, "UndoManager").SetInt("Index", 99); },
-               Outcome::InvalidDocument},
-        Damage{"SettingsIndex", [](Property& doc) { doc.SetInt("Index", 3); },
-               Outcome::InvalidDocument},
-        Damage{"SettingsIndexBelowMinusOne", [](Property& doc) { doc.SetInt("Index", -2); },
-               Outcome::InvalidDocument},
-        Damage{"MaskIndex",
-               [](Property& doc) { Child(SettingsItem(doc, 1), "Mask").SetInt("Index", 7); },
-               Outcome::InvalidDocument},
-        Damage{"ShapeStateIndex",
-               [](Property& doc) {
-                 Child(At(Child(doc, "Shape"), "Items", 0), "Data").SetInt("Index", 2);
-               },
-               Outcome::InvalidDocument},
-        Damage{"FrameOfASettingsStep",
-               [](Property& doc) { SettingsItem(doc, 2).SetInt("FrameIndex", 40); },
-               Outcome::InvalidDocument},
-        Damage{"FrameOfAShapeState",
-               [](Property& doc) { ShapeState(doc, 0, 1).SetInt("FrameIndex", 40); },
-               Outcome::InvalidDocument},
-        Damage{"FrameOfAShapeStateAtTheLargestIndex",
-               [](Property& doc) { ShapeState(doc, 0, 1).SetInt("FrameIndex", -2); },
-               Outcome::InvalidDocument},
+    testing::ValuesIn(std::vector<Damage>{
+        {"StepIndex", Set(Manager, "Index", 99), Outcome::InvalidDocument},
+        {"SettingsIndex", Set(Root, "Index", 3), Outcome::InvalidDocument},
+        {"SettingsIndexBelowMinusOne", Set(Root, "Index", -2), Outcome::InvalidDocument},
+        {"MaskIndex", Set(MaskOfSecondSettings, "Index", 7), Outcome::InvalidDocument},
+        {"ShapeStateIndex", Set(ShapeData, "Index", 2), Outcome::InvalidDocument},
+        {"FrameOfASettingsStep", Set(LastSettings, "FrameIndex", 40), Outcome::InvalidDocument},
+        {"FrameOfAShapeState", Set(SecondShapeState, "FrameIndex", 40), Outcome::InvalidDocument},
+        {"FrameOfAShapeStateAtTheLargestIndex", Set(SecondShapeState, "FrameIndex", -2),
+         Outcome::InvalidDocument},
         // More steps of a shape than it has states: the extra ones find nothing to step.
-        Damage{"StepsOfAShapeBeyondItsStates",
-               [](Property& doc) {
-                 for (std::size_t step = 2; step <= 4; ++step) {
-                   At(Step(doc, step), "ItemList", 0).SetString("Item", "Item_00000000");
-                 }
-               },
-               Outcome::Done}),
-    [](const auto& info) { return std::string(info.param.name); });
+        {"StepsOfAShapeBeyondItsStates",
+         [](Property& doc) {
+           for (std::size_t step = 2; step <= 4; ++step) {
+             At(Step(doc, step), "ItemList", 0).SetString("Item", "Item_00000000");
+           }
+         },
+         Outcome::Done}}),
+    NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     WrongTypes, DamagedSaveTest,
-    testing::Values(
-        Damage{"StepIndexAsString",
-               [](Property& doc) { Child(doc, "UndoManager").SetString("Index", "1"); },
-               Outcome::WrongType},
-        Damage{"StepListAsInteger",
-               [](Property& doc) { Child(doc, "UndoManager").SetInt("Storage", 1); },
-               Outcome::WrongType},
-        Damage{"SettingsItemsAsNode", [](Property& doc) { doc.AddChild("Items"); },
-               Outcome::WrongType},
-        Damage{"FrameIndexAsDouble",
-               [](Property& doc) { SettingsItem(doc, 0).SetDouble("FrameIndex", 0.0); },
-               Outcome::WrongType},
-        Damage{"FrameWidthAsString",
-               [](Property& doc) { FrameRecord(doc, 0).SetString("Width", "8"); },
-               Outcome::WrongType},
-        Damage{"SwapFileNameIsDotDot",
-               [](Property& doc) { FrameRecord(doc, 0).SetString("FileName", ".."); },
-               Outcome::InvalidDocument},
-        Damage{"SwapFileNameIsAFolder",
-               [](Property& doc) { FrameRecord(doc, 0).SetString("FileName", "sub/"); },
-               Outcome::InvalidDocument},
-        Damage{"SwapFileNameAsInteger",
-               [](Property& doc) { FrameRecord(doc, 0).SetInt("FileName", 0); },
-               Outcome::WrongType},
-        Damage{"ShapeVisibleAsInteger",
-               [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetInt("Visible", 1); },
-               Outcome::WrongType},
-        Damage{
-            "MaskCounterAsString",
-            [](Property& doc) { Child(SettingsItem(doc, 1), "Mask").SetString("MaskCounter", ""); },
-            Outcome::WrongType},
+    testing::ValuesIn(std::vector<Damage>{
+        {"StepIndexAsString", Set(Manager, "Index", "1"), Outcome::WrongType},
+        {"StepListAsInteger", Set(Manager, "Storage", 1), Outcome::WrongType},
+        {"SettingsItemsAsNode", [](Property& doc) { doc.AddChild("Items"); }, Outcome::WrongType},
+        {"FrameIndexAsDouble", Set(FirstSettings, "FrameIndex", 0.0), Outcome::WrongType},
+        {"FrameWidthAsString", Set(FirstFrame, "Width", "8"), Outcome::WrongType},
+        {"SwapFileNameIsDotDot", Set(FirstFrame, "FileName", ".."), Outcome::InvalidDocument},
+        {"SwapFileNameIsAFolder", Set(FirstFrame, "FileName", "sub/"), Outcome::InvalidDocument},
+        {"SwapFileNameAsInteger", Set(FirstFrame, "FileName", 0), Outcome::WrongType},
+        {"ShapeVisibleAsInteger", Set(SecondShapeInfo, "Visible", 1), Outcome::WrongType},
+        {"MaskCounterAsString", Set(MaskOfSecondSettings, "MaskCounter", ""), Outcome::WrongType},
         // Counts stored through the 32-bit integer of the serializer contract read as well.
-        Damage{"MaskCountsAs32BitIntegers",
-               [](Property& doc) {
-                 Property& counter = Child(Child(SettingsItem(doc, 1), "Mask"), "MaskCounter");
-                 counter.SetInt("PixelCount",
-                                static_cast<std::int32_t>(counter.GetInt64("PixelCount")));
-               },
-               Outcome::Done},
+        {"MaskCountsAs32BitIntegers",
+         [](Property& doc) {
+           Property& counter = Child(MaskOfSecondSettings(doc), "MaskCounter");
+           counter.SetInt("PixelCount", static_cast<std::int32_t>(counter.GetInt64("PixelCount")));
+         },
+         Outcome::Done},
         // A z value stored as an integer by older writers is read as one.
-        Damage{"ShapeZValueAsInteger",
-               [](Property& doc) { Child(ShapeState(doc, 0, 1), "Info").SetInt("ZValue", 500); },
-               Outcome::Done}),
-    [](const auto& info) { return std::string(info.param.name); });
+        {"ShapeZValueAsInteger", Set(SecondShapeInfo, "ZValue", 500), Outcome::Done}}),
+    NameOf);
 
 }  // namespace
