@@ -17,7 +17,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "canvaro/Undo/ShapeUndo.h"
+#include "canvaro/Undo/UndoManager.h"
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/shapes/LineInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/LogCapture.h"
@@ -359,6 +362,49 @@ TEST_F(FrameStorageTest, LoadsLetGoOfTheLeastRecentlyUsedWrittenPictures) {
   }
   EXPECT_EQ(storage.GetSize(), 3 * one) << "0, 5 and the unsaved picture were still in memory";
   EXPECT_EQ(PackedBytes(*storage.GetFrame(1)), PackedBytes(*Picture(1)));  // read back
+}
+
+// ---- frames that a saved record or an open step still needs ----
+
+// Reset and Truncate, even before the worker wrote the files, leave whole the files that a saved
+// record names, in the storage that saved it and in one that loaded it.
+TEST_F(FrameStorageTest, ResetAndTruncateKeepFilesThatASavedRecordNames) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  for (unsigned i = 0; i < 4; ++i) storage.AddFrame(Picture(i));
+  storage.Truncate(3);
+  Core::Property record;
+  storage.Serialize(Drevin::SerializerProperty::Create(record));
+  const ioPath file0 = dir_ / storage.GetFileName(0);
+  storage.Reset(0, Picture(10));
+  storage.Truncate(2);
+  storage.WaitForPendingSaves();
+  EXPECT_TRUE(storage.GetFileName(0).empty()) << "the item forgets the file it no longer shows";
+
+  FrameStorage reloaded(dir_.path(), names_.Generator());
+  reloaded.Deserialize(Drevin::SerializerProperty::Create(std::as_const(record)));
+  ASSERT_EQ(reloaded.GetCount(), 3u);
+  for (unsigned i = 0; i < 3; ++i) {
+    EXPECT_EQ(PackedBytes(*reloaded.GetFrame(i)), PackedBytes(*Picture(i))) << i;
+  }
+  reloaded.Reset(0, Picture(11));
+  EXPECT_TRUE(file0.exists());
+}
+
+TEST_F(FrameStorageTest, ShapePictureInAnOpenTransactionSurvivesTheNextEdit) {
+  using namespace Canvaro;
+  FrameStorage storage(dir_.path(), names_.Generator());
+  IUndoManagerPtr manager = UndoManager::Create(storage);
+  ShapeUndo shapes(&storage, manager);
+  shapes.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), Picture(1));  // frame 0
+  {
+    RAII::UndoTransactionGuard transaction(manager->GetTransactionManager());
+    shapes.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), Picture(7));
+    // The next edit truncates the history; the picture above belongs to the open step.
+    shapes.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_ARROW)), nullptr);
+  }
+  ASSERT_EQ(storage.GetCount(), 2u);
+  ASSERT_EQ(shapes.GetShapeItemVideoIndex(1, 0xFFFFFFFF), 1u);
+  EXPECT_EQ(PackedBytes(*shapes.GetShapeItemVideo(1, 0xFFFFFFFF)), PackedBytes(*Picture(7)));
 }
 
 }  // namespace
