@@ -1,8 +1,13 @@
 // Saved documents damaged in one place each: a step list naming a part that does not exist,
 // indices past the end of what was saved, values of the wrong type. Each must end in a clear
 // exception (or, where the damage is harmless, in a document that works), never in undefined
-// behaviour; the sanitizer builds check the latter.
+// behaviour; the sanitizer builds check the latter. The inputs with which the fuzzers once broke
+// the library (fuzz/regressions/<target>/) are fed to their loaders again, to the same end.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -11,7 +16,9 @@
 
 #include <gtest/gtest.h>
 
+#include "canvaro/CoreUtil/RawFrame.h"
 #include "canvaro/Undo/ICanvaroUndo.h"
+#include "kelbra/Core/DataString.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
@@ -178,5 +185,50 @@ INSTANTIATE_TEST_SUITE_P(
         // A z value stored as an integer by older writers is read as one.
         {"ShapeZValueAsInteger", Set(SecondShapeInfo, "ZValue", 500), Outcome::Done}}),
     NameOf);
+
+// ---- the fuzzers' findings ----
+
+// The kept inputs of one fuzz target, in name order.
+std::vector<std::filesystem::path> Regressions(const std::string& target) {
+  const auto dir = std::filesystem::path(CANVARO_SOURCE_DIR) / "fuzz" / "regressions" / target;
+  std::vector<std::filesystem::path> files;
+  if (!std::filesystem::exists(dir)) return files;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::string Read(const std::filesystem::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+TEST(FuzzRegressionTest, SavedDocumentsLoadOrFailClearly) {
+  const auto files = Regressions("document");
+  ASSERT_FALSE(files.empty());
+  for (const auto& file : files) {
+    SCOPED_TRACE(file.filename().string());
+    // The swap files that the fuzzer's inputs name, fresh for each (loading may delete some).
+    TempDir dir;
+    WriteSampleDocuments(dir.path());
+    auto doc = ICanvaroUndo::Create(dir.path(), [n = 0]() mutable { return std::to_string(n++); });
+    // Any outcome but a crash or an undocumented exception (which would escape) will do.
+    OutcomeOf([&] {
+      doc->Deserialize(
+          Drevin::SerializerProperty::Create(Core::PropertySerializer::FromString(Read(file))));
+      ExerciseDocument(*doc);
+    });
+  }
+}
+
+TEST(FuzzRegressionTest, RawFramesLoadOrFailWithAFileError) {
+  for (const auto& file : Regressions("raw_frame")) {
+    SCOPED_TRACE(file.filename().string());
+    Proc::IDataVideoPtr frame;
+    const Outcome outcome = OutcomeOf(
+        [&] { CoreUtil::LoadRawFrame(frame, Core::DataInputString::Create(Read(file))); });
+    EXPECT_TRUE(outcome == Outcome::Done || outcome == Outcome::FileError) << outcome;
+  }
+}
 
 }  // namespace
