@@ -39,6 +39,7 @@ extern "C" const char* __tsan_default_suppressions() { return "race:tzset_intern
 namespace {
 
 using namespace Kelbra;
+namespace fs = std::filesystem;
 using Canvaro::CanvaroError;
 using Canvaro::CanvaroException;
 using Canvaro::FrameStorage;
@@ -116,7 +117,7 @@ TEST_F(FrameStorageTest, SwapWritesFilesInTheBackgroundAndGetFrameLoadsThemBack)
   EXPECT_EQ(storage.GetSize(), kept);
   const char* const names[] = {"f0", "f1", "", "f2", ""};
   for (Index i = 0; i < 5; ++i) EXPECT_EQ(storage.GetFileName(i).utf8(), names[i]) << i;
-  EXPECT_EQ(std::filesystem::file_size((dir_ / "f1").native()), 20u + 7 * 3 * 5);
+  EXPECT_EQ(fs::file_size((dir_ / "f1").native()), 20u + 7 * 3 * 5);
 
   log_.Clear();
   for (unsigned i = 0; i < 4; ++i) {
@@ -183,7 +184,7 @@ TEST_F(FrameStorageTest, EditsDuringWritesLeaveNoStaleFilesAndTheBacklogBoundsMe
     EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*picture(seeds[i]))) << i;
   }
   std::set<std::string> files;
-  for (const auto& entry : std::filesystem::directory_iterator(dir_.path().native())) {
+  for (const auto& entry : fs::directory_iterator(dir_.path().native())) {
     files.insert(entry.path().filename().string());
   }
   EXPECT_EQ(files, held);
@@ -231,7 +232,7 @@ TEST_F(FrameStorageTest, SerializeQueuesEveryFrameAndRecordsNamesAndGeometry) {
   EXPECT_EQ(PackedBytes(*again.GetFrame(2)), pixels[1]);
 
   // Loading stops at the first record whose file is missing, without failing the storage.
-  std::filesystem::remove((dir_ / "f2").native());
+  fs::remove((dir_ / "f2").native());
   FrameStorage third(dir_.path(), names_.Generator());
   EXPECT_EQ(CodeOf([&] { third.Deserialize(reader); }), kSwapFailure);
   EXPECT_EQ(third.GetCount(), 1u);
@@ -241,15 +242,13 @@ TEST_F(FrameStorageTest, SerializeQueuesEveryFrameAndRecordsNamesAndGeometry) {
 // ---- failures ----
 
 TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
-  const ioPath swap = dir_ / "swap";
-  std::filesystem::create_directories(swap.native());
-  std::ofstream((swap / "f1").native()) << "someone else's";  // an earlier save's file, say
-  FrameStorage storage(swap, names_.Generator());
+  std::ofstream((dir_ / "f1").native()) << "someone else's";  // an earlier save's file, say
+  FrameStorage storage(dir_.path(), names_.Generator());
   for (unsigned i = 0; i < 3; ++i) storage.AddFrame(Picture(i));
   storage.SwapExcept({});
   storage.WaitForPendingSaves();
   EXPECT_FALSE(storage.IsFailed());
-  EXPECT_EQ(std::filesystem::file_size((swap / "f1").native()), 14u);
+  EXPECT_EQ(fs::file_size((dir_ / "f1").native()), 14u);
   EXPECT_EQ(storage.GetFileName(1).utf8(), "f2");
   EXPECT_EQ(log_.Messages(google::GLOG_WARNING).size(), 1u);
   for (unsigned i = 0; i < 3; ++i) {
@@ -257,7 +256,7 @@ TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
   }
 
   // A generator that throws part way leaves no frame with a name.
-  FrameStorage other(dir_ / "swap", [n = 0]() mutable -> std::string {
+  FrameStorage other(dir_.path(), [n = 0]() mutable -> std::string {
     if (++n == 2) throw std::runtime_error("out of names");
     return "g" + std::to_string(n);
   });
@@ -278,10 +277,9 @@ TEST_F(FrameStorageTest, UnusableSwapDirectoriesAndDamagedFilesFailTheStorage) {
   const ioPath missing = dir_ / "missing", readOnly = dir_ / "readonly", cut = dir_ / "cut",
                removed = dir_ / "removed";
   for (const ioPath& made : {readOnly, cut, removed}) {
-    std::filesystem::create_directory(made.native());
+    fs::create_directory(made.native());
   }
-  std::filesystem::permissions(
-      readOnly.native(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  fs::permissions(readOnly.native(), fs::perms::owner_read | fs::perms::owner_exec);
   for (const ioPath& swap : {missing, readOnly, cut, removed}) {
     if (swap == readOnly && ::geteuid() == 0) continue;  // permissions do not bind root
     FrameStorage storage(swap, names_.Generator());
@@ -290,8 +288,8 @@ TEST_F(FrameStorageTest, UnusableSwapDirectoriesAndDamagedFilesFailTheStorage) {
     storage.SwapExcept({1});
     storage.WaitForPendingSaves();
     const auto file = (swap / storage.GetFileName(0)).native();
-    if (swap == cut) std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
-    if (swap == removed) std::filesystem::remove(file);
+    if (swap == cut) fs::resize_file(file, fs::file_size(file) - 1);
+    if (swap == removed) fs::remove(file);
     EXPECT_EQ(CodeOf([&] { storage.GetFrame(0); }), kSwapFailure) << swap;
     EXPECT_TRUE(storage.IsFailed()) << swap;
     EXPECT_EQ(CodeOf([&] { storage.GetFrame(1); }), kSwapFailure) << swap;
@@ -354,8 +352,8 @@ TEST_F(FrameStorageTest, LoadsLetGoOfTheLeastRecentlyUsedWrittenPictures) {
   const Index unsaved = storage.AddFrame(Picture(9));  // no file: never let go
   storage.GetFrame(5);  // 0, 3, 4 and the unsaved one: lets go of 3, then of 4
   EXPECT_EQ(storage.GetSize(), 3 * one);
-  const std::size_t files = std::distance(std::filesystem::directory_iterator(dir_.path().native()),
-                                          std::filesystem::directory_iterator());
+  const std::size_t files =
+      std::distance(fs::directory_iterator(dir_.path().native()), fs::directory_iterator());
   EXPECT_EQ(files, 6u) << "letting go wrote nothing";
   for (Index i : {Index{0}, Index{5}, unsaved}) {
     EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*Picture(i == unsaved ? 9 : i)));
