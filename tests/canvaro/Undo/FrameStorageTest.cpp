@@ -1,3 +1,4 @@
+#include "canvaro/Undo/FrameItem.h"
 #include "canvaro/Undo/FrameStorage.h"
 
 #include <signal.h>
@@ -42,6 +43,7 @@ using namespace Kelbra;
 namespace fs = std::filesystem;
 using Canvaro::CanvaroError;
 using Canvaro::CanvaroException;
+using Canvaro::FrameItem;
 using Canvaro::FrameStorage;
 using Canvaro::TagCanvaroErrorCode;
 using canvaro_test::LogCapture;
@@ -403,6 +405,88 @@ TEST_F(FrameStorageTest, ShapePictureInAnOpenTransactionSurvivesTheNextEdit) {
   ASSERT_EQ(storage.GetCount(), 2u);
   ASSERT_EQ(shapes.GetShapeItemVideoIndex(1, 0xFFFFFFFF), 1u);
   EXPECT_EQ(PackedBytes(*shapes.GetShapeItemVideo(1, 0xFFFFFFFF)), PackedBytes(*Picture(7)));
+}
+
+// ---- the items that hold the storage's frames ----
+
+class FrameItemTest : public FrameStorageTest {};
+
+TEST_F(FrameItemTest, WalksThroughTheStatesOfASwap) {
+  const auto picture = Picture(1);
+  const std::string pixels = PackedBytes(*picture);
+  FrameItem item(dir_.path(), picture);
+  EXPECT_EQ(item.GetInfo(), picture->GetFrameInfo());
+  EXPECT_EQ(item.GetMemorySize(), picture->GetBufferSize());
+
+  // In memory only -> queued for save.
+  EXPECT_TRUE(item.CheckForSave("a.raw"));
+  EXPECT_EQ(item.GetFileName(), ioPath("a.raw"));
+  EXPECT_FALSE((dir_ / "a.raw").exists());
+  // Queued: a second check declines with a warning.
+  EXPECT_FALSE(item.CheckForSave("b.raw"));
+  EXPECT_EQ(item.GetFileName(), ioPath("a.raw"));
+
+  // Queued -> saved, swapped out.
+  EXPECT_FALSE(item.Save());
+  EXPECT_TRUE((dir_ / "a.raw").exists());
+  EXPECT_EQ(item.GetMemorySize(), 0u);
+
+  // Swapped out -> loaded back, keeping the file name.
+  const auto loaded = item.Get();
+  ASSERT_TRUE(loaded);
+  EXPECT_EQ(PackedBytes(*loaded), pixels);
+  EXPECT_EQ(item.GetFileName(), ioPath("a.raw"));
+
+  // Loaded back -> swapped out again without writing.
+  EXPECT_FALSE(item.CheckForSave("c.raw"));
+  EXPECT_EQ(item.GetMemorySize(), 0u);
+  EXPECT_FALSE((dir_ / "c.raw").exists());
+
+  EXPECT_THAT(log_.Messages(google::GLOG_WARNING),
+              ElementsAre("Checking for saveb.raw: already queued for save as a.raw"));
+}
+
+TEST_F(FrameItemTest, ItemsWithoutPicturesHaveNothingToSaveOrLoad) {
+  FrameItem empty(dir_.path(), nullptr);
+  EXPECT_EQ(empty.GetInfo(), Conf::FrameInfo{});
+  EXPECT_FALSE(empty.CheckForSave("x"));
+  EXPECT_FALSE(empty.Save());
+  empty.LoadFrame();
+  EXPECT_FALSE(empty.Get());
+  EXPECT_THAT(log_.Messages(google::GLOG_ERROR), ElementsAre("Frame is dead, nothing to save"));
+}
+
+TEST_F(FrameItemTest, ResetAfterQueueingWritesNothing) {
+  FrameItem item(dir_.path(), Picture(1));
+  ASSERT_TRUE(item.CheckForSave("q.raw"));
+  const auto fresh = Picture(2);
+  item.Reset(fresh);
+  EXPECT_FALSE(item.Save());
+  EXPECT_FALSE((dir_ / "q.raw").exists());
+  EXPECT_EQ(item.Get(), fresh);
+}
+
+TEST_F(FrameItemTest, RecordHoldsNameAndGeometryAndBindsToTheSwapDirectory) {
+  FrameItem item(dir_.path(), Picture(1, {5, 3, 4, 3}));
+  ASSERT_TRUE(item.CheckForSave("s.raw"));
+  ASSERT_FALSE(item.Save());
+  Core::Property tree;
+  item.Serialize(Drevin::SerializerProperty::Create(tree));
+  const auto reader = Drevin::SerializerProperty::Create(std::as_const(tree));
+
+  // A full path in the record is reduced to its last component.
+  auto writer = Drevin::SerializerProperty::Create(tree);
+  writer->WriteString("FileName", "/elsewhere/deep/s.raw");
+  FrameItem copy(dir_.path(), nullptr);
+  copy.Deserialize(reader);
+  EXPECT_EQ(copy.GetFileName(), ioPath("s.raw"));
+  EXPECT_EQ(copy.GetInfo(), (Conf::FrameInfo{5, 3, 4, 3}));
+  EXPECT_EQ(copy.GetMemorySize(), 0u);
+  EXPECT_EQ(PackedBytes(*copy.Get()).size(), 45u);
+
+  writer->WriteString("FileName", "gone.raw");
+  FrameItem missing(dir_.path(), nullptr);
+  EXPECT_THROW(missing.Deserialize(reader), CanvaroException);
 }
 
 }  // namespace
