@@ -411,7 +411,7 @@ TEST_F(FrameStorageTest, ShapePictureInAnOpenTransactionSurvivesTheNextEdit) {
 
 class FrameItemTest : public FrameStorageTest {};
 
-TEST_F(FrameItemTest, WalksThroughTheStatesOfASwap) {
+TEST_F(FrameItemTest, WalksThroughTheStatesOfASwapAndAReset) {
   const auto picture = Picture(1);
   const std::string pixels = PackedBytes(*picture);
   FrameItem item(dir_.path(), picture);
@@ -442,6 +442,16 @@ TEST_F(FrameItemTest, WalksThroughTheStatesOfASwap) {
   EXPECT_EQ(item.GetMemorySize(), 0u);
   EXPECT_FALSE((dir_ / "c.raw").exists());
 
+  // A reset deletes the file that no saved record names; one after queueing writes nothing.
+  item.Reset(Picture(2));
+  EXPECT_FALSE((dir_ / "a.raw").exists());
+  ASSERT_TRUE(item.CheckForSave("q.raw"));
+  const auto fresh = Picture(3);
+  item.Reset(fresh);
+  EXPECT_FALSE(item.Save());
+  EXPECT_FALSE((dir_ / "q.raw").exists());
+  EXPECT_EQ(item.Get(), fresh);
+
   EXPECT_THAT(log_.Messages(google::GLOG_WARNING),
               ElementsAre("Checking for saveb.raw: already queued for save as a.raw"));
 }
@@ -454,16 +464,6 @@ TEST_F(FrameItemTest, ItemsWithoutPicturesHaveNothingToSaveOrLoad) {
   empty.LoadFrame();
   EXPECT_FALSE(empty.Get());
   EXPECT_THAT(log_.Messages(google::GLOG_ERROR), ElementsAre("Frame is dead, nothing to save"));
-}
-
-TEST_F(FrameItemTest, ResetAfterQueueingWritesNothing) {
-  FrameItem item(dir_.path(), Picture(1));
-  ASSERT_TRUE(item.CheckForSave("q.raw"));
-  const auto fresh = Picture(2);
-  item.Reset(fresh);
-  EXPECT_FALSE(item.Save());
-  EXPECT_FALSE((dir_ / "q.raw").exists());
-  EXPECT_EQ(item.Get(), fresh);
 }
 
 TEST_F(FrameItemTest, RecordHoldsNameAndGeometryAndBindsToTheSwapDirectory) {

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -51,9 +50,6 @@ Property& Step(Property& doc, std::size_t step) {
   return At(Child(doc, "UndoManager"), "Storage", step);
 }
 Property& SettingsItem(Property& doc, std::size_t item) { return At(doc, "Items", item); }
-Property& FrameRecord(Property& doc, std::size_t frame) {
-  return Child(At(Child(doc, "Frames"), "StorageItems", frame), "StorageItem");
-}
 Property& Root(Property& doc) { return doc; }
 Property& Manager(Property& doc) { return Child(doc, "UndoManager"); }
 Property& FirstItemOfStep1(Property& doc) { return At(Step(doc, 1), "ItemList", 0); }
@@ -64,7 +60,9 @@ Property& MaskOfSecondSettings(Property& doc) { return Child(SettingsItem(doc, 1
 Property& ShapeData(Property& doc) { return Child(At(Child(doc, "Shape"), "Items", 0), "Data"); }
 Property& SecondShapeState(Property& doc) { return ShapeState(doc, 0, 1); }
 Property& SecondShapeInfo(Property& doc) { return Child(ShapeState(doc, 0, 1), "Info"); }
-Property& FirstFrame(Property& doc) { return FrameRecord(doc, 0); }
+Property& FirstFrame(Property& doc) {
+  return Child(At(Child(doc, "Frames"), "StorageItems", 0), "StorageItem");
+}
 
 using Damaging = std::function<void(Property&)>;
 using Where = Property& (*)(Property&);
