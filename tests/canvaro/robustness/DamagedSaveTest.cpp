@@ -115,74 +115,66 @@ TEST_P(DamagedSaveTest, LoadingEndsInAClearOutcome) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    UnknownParts, DamagedSaveTest,
-    testing::ValuesIn(std::vector<Damage>{
-        {"Undamaged", [](Property&) {}, Outcome::Done},
-        {"StepNamesAPartThatDoesNotExist", Set(FirstItemOfStep1, "Item", "Nobody"),
-         Outcome::InvalidDocument},
-        {"StepNamesAShapeItemThatWasNotSaved", Set(FirstItemOfStep2, "Item", "Item_00000099"),
-         Outcome::InvalidDocument},
-        {"ShapeOfAnUnknownKind", [](Property& doc) { SecondShapeInfo(doc).SetClassId("Hexagon"); },
-         Outcome::InvalidDocument},
-        {"ShapeStateWithoutKind", [](Property& doc) { SecondShapeInfo(doc).SetClassId(""); },
-         Outcome::InvalidDocument},
-        {"ShapeWithoutStates",
-         [](Property& doc) {
-           ShapeData(doc).SetInt("Index", -1);
-           ShapeData(doc).AddCollection("Items");
-         },
-         Outcome::InvalidDocument},
-        {"ShapeWithoutData",
-         [](Property& doc) { At(Child(doc, "Shape"), "Items", 0).Remove("Data"); },
-         Outcome::PropertyError}}),
-    NameOf);
+const std::vector<Damage> kDamages = {
+    {"Undamaged", [](Property&) {}, Outcome::Done},
+    // Parts that do not exist.
+    {"StepNamesAPartThatDoesNotExist", Set(FirstItemOfStep1, "Item", "Nobody"),
+     Outcome::InvalidDocument},
+    {"StepNamesAShapeItemThatWasNotSaved", Set(FirstItemOfStep2, "Item", "Item_00000099"),
+     Outcome::InvalidDocument},
+    {"ShapeOfAnUnknownKind", [](Property& doc) { SecondShapeInfo(doc).SetClassId("Hexagon"); },
+     Outcome::InvalidDocument},
+    {"ShapeStateWithoutKind", [](Property& doc) { SecondShapeInfo(doc).SetClassId(""); },
+     Outcome::InvalidDocument},
+    {"ShapeWithoutStates",
+     [](Property& doc) {
+       ShapeData(doc).SetInt("Index", -1);
+       ShapeData(doc).AddCollection("Items");
+     },
+     Outcome::InvalidDocument},
+    {"ShapeWithoutData", [](Property& doc) { At(Child(doc, "Shape"), "Items", 0).Remove("Data"); },
+     Outcome::PropertyError},
+    // Indices past the end of what was saved.
+    {"StepIndex", Set(Manager, "Index", 99), Outcome::InvalidDocument},
+    {"SettingsIndex", Set(Root, "Index", 3), Outcome::InvalidDocument},
+    {"SettingsIndexBelowMinusOne", Set(Root, "Index", -2), Outcome::InvalidDocument},
+    {"MaskIndex", Set(MaskOfSecondSettings, "Index", 7), Outcome::InvalidDocument},
+    {"ShapeStateIndex", Set(ShapeData, "Index", 2), Outcome::InvalidDocument},
+    {"FrameOfASettingsStep", Set(LastSettings, "FrameIndex", 40), Outcome::InvalidDocument},
+    {"FrameOfAShapeState", Set(SecondShapeState, "FrameIndex", 40), Outcome::InvalidDocument},
+    {"FrameOfAShapeStateAtTheLargestIndex", Set(SecondShapeState, "FrameIndex", -2),
+     Outcome::InvalidDocument},
+    // More steps of a shape than it has states: the extra ones find nothing to step.
+    {"StepsOfAShapeBeyondItsStates",
+     [](Property& doc) {
+       for (std::size_t step = 2; step <= 4; ++step) {
+         At(Step(doc, step), "ItemList", 0).SetString("Item", "Item_00000000");
+       }
+     },
+     Outcome::Done},
+    // Values of the wrong type.
+    {"StepIndexAsString", Set(Manager, "Index", "1"), Outcome::WrongType},
+    {"StepListAsInteger", Set(Manager, "Storage", 1), Outcome::WrongType},
+    {"SettingsItemsAsNode", [](Property& doc) { doc.AddChild("Items"); }, Outcome::WrongType},
+    {"FrameIndexAsDouble", Set(FirstSettings, "FrameIndex", 0.0), Outcome::WrongType},
+    {"FrameWidthAsString", Set(FirstFrame, "Width", "8"), Outcome::WrongType},
+    {"SwapFileNameIsDotDot", Set(FirstFrame, "FileName", ".."), Outcome::InvalidDocument},
+    {"SwapFileNameIsAFolder", Set(FirstFrame, "FileName", "sub/"), Outcome::InvalidDocument},
+    {"SwapFileNameAsInteger", Set(FirstFrame, "FileName", 0), Outcome::WrongType},
+    {"ShapeVisibleAsInteger", Set(SecondShapeInfo, "Visible", 1), Outcome::WrongType},
+    {"MaskCounterAsString", Set(MaskOfSecondSettings, "MaskCounter", ""), Outcome::WrongType},
+    // Counts stored through the 32-bit integer of the serializer contract read as well.
+    {"MaskCountsAs32BitIntegers",
+     [](Property& doc) {
+       Property& counter = Child(MaskOfSecondSettings(doc), "MaskCounter");
+       counter.SetInt("PixelCount", static_cast<std::int32_t>(counter.GetInt64("PixelCount")));
+     },
+     Outcome::Done},
+    // A z value stored as an integer by older writers is read as one.
+    {"ShapeZValueAsInteger", Set(SecondShapeInfo, "ZValue", 500), Outcome::Done},
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    IndicesPastTheEnd, DamagedSaveTest,
-    testing::ValuesIn(std::vector<Damage>{
-        {"StepIndex", Set(Manager, "Index", 99), Outcome::InvalidDocument},
-        {"SettingsIndex", Set(Root, "Index", 3), Outcome::InvalidDocument},
-        {"SettingsIndexBelowMinusOne", Set(Root, "Index", -2), Outcome::InvalidDocument},
-        {"MaskIndex", Set(MaskOfSecondSettings, "Index", 7), Outcome::InvalidDocument},
-        {"ShapeStateIndex", Set(ShapeData, "Index", 2), Outcome::InvalidDocument},
-        {"FrameOfASettingsStep", Set(LastSettings, "FrameIndex", 40), Outcome::InvalidDocument},
-        {"FrameOfAShapeState", Set(SecondShapeState, "FrameIndex", 40), Outcome::InvalidDocument},
-        {"FrameOfAShapeStateAtTheLargestIndex", Set(SecondShapeState, "FrameIndex", -2),
-         Outcome::InvalidDocument},
-        // More steps of a shape than it has states: the extra ones find nothing to step.
-        {"StepsOfAShapeBeyondItsStates",
-         [](Property& doc) {
-           for (std::size_t step = 2; step <= 4; ++step) {
-             At(Step(doc, step), "ItemList", 0).SetString("Item", "Item_00000000");
-           }
-         },
-         Outcome::Done}}),
-    NameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    WrongTypes, DamagedSaveTest,
-    testing::ValuesIn(std::vector<Damage>{
-        {"StepIndexAsString", Set(Manager, "Index", "1"), Outcome::WrongType},
-        {"StepListAsInteger", Set(Manager, "Storage", 1), Outcome::WrongType},
-        {"SettingsItemsAsNode", [](Property& doc) { doc.AddChild("Items"); }, Outcome::WrongType},
-        {"FrameIndexAsDouble", Set(FirstSettings, "FrameIndex", 0.0), Outcome::WrongType},
-        {"FrameWidthAsString", Set(FirstFrame, "Width", "8"), Outcome::WrongType},
-        {"SwapFileNameIsDotDot", Set(FirstFrame, "FileName", ".."), Outcome::InvalidDocument},
-        {"SwapFileNameIsAFolder", Set(FirstFrame, "FileName", "sub/"), Outcome::InvalidDocument},
-        {"SwapFileNameAsInteger", Set(FirstFrame, "FileName", 0), Outcome::WrongType},
-        {"ShapeVisibleAsInteger", Set(SecondShapeInfo, "Visible", 1), Outcome::WrongType},
-        {"MaskCounterAsString", Set(MaskOfSecondSettings, "MaskCounter", ""), Outcome::WrongType},
-        // Counts stored through the 32-bit integer of the serializer contract read as well.
-        {"MaskCountsAs32BitIntegers",
-         [](Property& doc) {
-           Property& counter = Child(MaskOfSecondSettings(doc), "MaskCounter");
-           counter.SetInt("PixelCount", static_cast<std::int32_t>(counter.GetInt64("PixelCount")));
-         },
-         Outcome::Done},
-        // A z value stored as an integer by older writers is read as one.
-        {"ShapeZValueAsInteger", Set(SecondShapeInfo, "ZValue", 500), Outcome::Done}}),
-    NameOf);
+INSTANTIATE_TEST_SUITE_P(Damaged, DamagedSaveTest, testing::ValuesIn(kDamages), NameOf);
 
 // ---- the fuzzers' findings ----
 

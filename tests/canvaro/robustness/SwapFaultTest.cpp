@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "canvaro/Undo/FrameStorage.h"
@@ -49,39 +50,35 @@ void Save(ICanvaroUndo& doc) {
   doc.WaitForPendingSaves();
 }
 
-// Checks a document of Edit whose swap files have failed; 0 when everything holds, else the
-// number of the first check that failed.
-int CheckFailedDocument(ICanvaroUndo& doc) {
-  if (!doc.GetFrameStorage().IsFailed()) return 1;
+// Checks a document of Edit whose swap files have failed.
+void ExpectFailedDocument(ICanvaroUndo& doc) {
+  EXPECT_TRUE(doc.GetFrameStorage().IsFailed());
   // Everything that needs no picture still answers.
-  if (doc.GetVideoCount() != 3 || doc.GetCurrentIndex() != 2) return 2;
-  if (doc.GetSettings(1).GetEffectsSettings().GetPackage().GetName() != "Big") return 3;
-  if (!(doc.GetVideoInfo(1) == Conf::FrameInfo{64, 64, 1, 1})) return 4;
-  if (doc.GetShapeActiveItemCount(ShapeType::All) != 1) return 5;
+  EXPECT_EQ(doc.GetVideoCount(), 3u);
+  EXPECT_EQ(doc.GetCurrentIndex(), 2u);
+  EXPECT_EQ(doc.GetSettings(1).GetEffectsSettings().GetPackage().GetName(), "Big");
+  EXPECT_EQ(doc.GetVideoInfo(1), (Conf::FrameInfo{64, 64, 1, 1}));
+  EXPECT_EQ(doc.GetShapeActiveItemCount(ShapeType::All), 1u);
   // Pictures do not, not even the one in force.
-  if (OutcomeOf([&] { doc.GetVideo(kCurrent); }) != Outcome::SwapFileFailure) return 6;
-  if (OutcomeOf([&] { doc.GetVideo(0); }) != Outcome::SwapFileFailure) return 7;
+  EXPECT_EQ(OutcomeOf([&] { doc.GetVideo(kCurrent); }), Outcome::SwapFileFailure);
+  EXPECT_EQ(OutcomeOf([&] { doc.GetVideo(0); }), Outcome::SwapFileFailure);
   // The error says which file failed and why, not just the exception's type.
   try {
     doc.GetVideo(0);
   } catch (const CanvaroException& e) {
-    const std::string text = e.what();
-    if (text.find(doc.GetFrameStorage().GetSwapDirectory().utf8()) == std::string::npos) return 13;
-    if (boost::get_error_info<TagCallStack>(e) == nullptr) return 14;
+    EXPECT_THAT(e.what(), testing::HasSubstr(doc.GetFrameStorage().GetSwapDirectory().utf8()));
+    EXPECT_NE(boost::get_error_info<TagCallStack>(e), nullptr);
   }
   // An undo that needs a picture fails as a whole: the step stays in force everywhere.
   const std::int32_t step = doc.GetUndoManager().GetCurrentStep();
-  if (OutcomeOf([&] { doc.Undo(); }) != Outcome::SwapFileFailure) return 8;
-  if (doc.GetCurrentIndex() != 2 || doc.GetUndoManager().GetCurrentStep() != step) return 9;
+  EXPECT_EQ(OutcomeOf([&] { doc.Undo(); }), Outcome::SwapFileFailure);
   // A new step needs its mask counted from the storage, which hands out nothing any more: the
   // edit fails before it changes what the document shows.
-  if (OutcomeOf([&] { doc.Add(Settings("After"), Picture(4), nullptr, NoMask()); }) !=
-      Outcome::SwapFileFailure) {
-    return 10;
-  }
-  if (doc.GetVideoCount() != 3 || doc.GetCurrentIndex() != 2) return 11;
-  if (doc.GetUndoManager().GetCurrentStep() != step) return 12;
-  return 0;
+  EXPECT_EQ(OutcomeOf([&] { doc.Add(Settings("After"), Picture(4), nullptr, NoMask()); }),
+            Outcome::SwapFileFailure);
+  EXPECT_EQ(doc.GetVideoCount(), 3u);
+  EXPECT_EQ(doc.GetCurrentIndex(), 2u);
+  EXPECT_EQ(doc.GetUndoManager().GetCurrentStep(), step);
 }
 
 // A document of Edit on the swap directory Swap().
@@ -104,7 +101,7 @@ TEST_F(SwapFaultTest, SwapDirectoryReplacedByAFileDuringASession) {
   fs::rename(Swap().native(), (dir_ / "moved").native());
   std::ofstream(Swap().native()) << "not a directory";
   Save(*doc_);
-  EXPECT_EQ(CheckFailedDocument(*doc_), 0);
+  ExpectFailedDocument(*doc_);
   doc_.reset();
   EXPECT_FALSE(Swap().exists());
 }
@@ -114,7 +111,7 @@ TEST_F(SwapFaultTest, SwapDirectoryRemovedAfterThePicturesWentToDisk) {
   EXPECT_FALSE(doc_->GetFrameStorage().IsFailed());
   fs::remove_all(Swap().native());
   EXPECT_EQ(OutcomeOf([&] { doc_->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
-  EXPECT_EQ(CheckFailedDocument(*doc_), 0);
+  ExpectFailedDocument(*doc_);
 }
 
 TEST_F(SwapFaultTest, RollbackThatNeedsALostPictureIsLoggedNotFatal) {
