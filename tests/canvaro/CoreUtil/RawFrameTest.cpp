@@ -26,11 +26,6 @@ using canvaro_test::MakePatternPicture;
 using canvaro_test::PackedBytes;
 using Proc::PixFmt;
 
-std::string ReadFile(const ioPath& path) {
-  std::ifstream in(path.native(), std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 std::string Header(std::int32_t format, const Conf::FrameInfo& info) {
   std::string header(20, '\0');
   std::memcpy(header.data(), &format, 4);
@@ -62,7 +57,9 @@ TEST_P(RawFrameFormats, FileIsHeaderThenPackedRowsAndLoadsBackEqualOnlyWhenWhole
 
     const std::string expected =
         Header(static_cast<std::int32_t>(GetParam()), info) + PackedBytes(*picture);
-    EXPECT_EQ(ReadFile(path), expected) << Proc::GetPixFmtName(GetParam());
+    std::ifstream written(path.native(), std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), {}), expected)
+        << Proc::GetPixFmtName(GetParam());
 
     Proc::IDataVideoPtr loaded;
     LoadRawFrame(loaded, Core::DataInputFile::Create(path));

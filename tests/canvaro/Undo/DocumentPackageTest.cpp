@@ -165,11 +165,10 @@ TEST_F(DocumentPackageTest, ADamagedPictureIsReportedAndRefusedAndLeftAsItIs) {
   SaveDocument(*doc, Package());
   const fs::path pictures = Package().native() / "pictures";
   const fs::path victim = fs::directory_iterator(pictures)->path();
-  {
-    std::fstream file(victim, std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(-1, std::ios::end);
-    file.put('\x5a');
-  }
+  // Its last byte changes.
+  std::fstream(victim, std::ios::in | std::ios::out | std::ios::binary)
+      .seekp(-1, std::ios::end)
+      .put('\x5a');
   const auto damaged = Files(Package().native());
   const auto problems = CheckDocumentPackage(Package());
   ASSERT_EQ(problems.size(), 1u);
@@ -184,44 +183,35 @@ TEST_F(DocumentPackageTest, ADamagedPictureIsReportedAndRefusedAndLeftAsItIs) {
   EXPECT_EQ(OutcomeOf([&] { Open("b"); }), Outcome::InvalidDocument);
 }
 
-// A package on a small file system: the second save runs out of space part-way. The first
-// package stays whole and opens as it was; nothing partial sits under a final name.
-TEST_F(DocumentPackageTest, AFullDiskDuringASaveLeavesThePreviousPackageWhole) {
+// A small file system fills up. Under a package, the second save runs out of space part-way: the
+// first package stays whole and opens as it was; nothing partial sits under a final name. Under
+// the swap directory of a session, the storage fails and hands out nothing, yet every picture of
+// the session (in memory after its failed write, or in its file) saves as a package on another
+// file system, and opens as the same document.
+TEST_F(DocumentPackageTest, AFullDiskFailsTheSaveOrTheSwapAndLosesNothing) {
   const SmallDisk disk(dir.path().native() / "small");
   if (!disk.mounted) GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
   const ioPath package = ioPath(disk.point) / "saved.canvaro";
-
   Edit(*doc);
   SaveDocument(*doc, package);
   const std::string first = Summary(*doc);
   const auto saved = Files(package.native());
-
   AddBigPictures(*doc);
   EXPECT_THAT(ErrorText<CanvaroException>([&] { SaveDocument(*doc, package); }),
               ::testing::HasSubstr("No space left on device"));
   EXPECT_EQ(Files(package.native()), saved);
   EXPECT_THAT(CheckDocumentPackage(package), ::testing::IsEmpty());
   EXPECT_EQ(Summary(*Open("again", package)), first);
-}
 
-// The swap disk fills up mid-session: the storage fails and hands out nothing, yet every picture
-// of the session (in memory after its failed write, or in its file) saves as a package on
-// another file system, and opens as the same document.
-TEST_F(DocumentPackageTest, AfterTheSwapDiskFillsTheSessionStillSavesElsewhere) {
-  const SmallDisk disk(dir.path().native() / "small");
-  if (!disk.mounted) GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
   ICanvaroUndoPtr session = ICanvaroUndo::Create(
       ioPath(disk.point), [n = 0]() mutable { return "s" + std::to_string(n++) + ".raw"; });
-  for (ICanvaroUndo* document : {session.get(), doc.get()}) {
-    Edit(*document);
-    AddBigPictures(*document);
-    document->Undo();
-  }
+  Edit(*session);
+  AddBigPictures(*session);
+  for (ICanvaroUndo* document : {session.get(), doc.get()}) document->Undo();
   session->GetFrameStorage().SwapExcept({});
   session->WaitForPendingSaves();
   ASSERT_TRUE(session->GetFrameStorage().IsFailed());
   EXPECT_THROW(session->GetVideo(0), CanvaroException);
-
   SaveDocument(*session, Package());
   EXPECT_EQ(Summary(*Open("rescued")), Summary(*doc));
 }
