@@ -24,6 +24,8 @@
 #include "CanvaroUndoFixture.h"
 #include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/shapes/LineInfo.h"
+#include "support/Errors.h"
+#include "support/Outcome.h"
 
 namespace {
 
@@ -62,11 +64,6 @@ std::map<std::string, std::string> Files(const fs::path& folder) {
   return files;
 }
 
-int CodeOf(const CanvaroException& e) {
-  const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
-  return code != nullptr ? static_cast<int>(*code) : 0;
-}
-
 // A 256 kB tmpfs mounted at `point` for the life of the object; `mounted` is false without root.
 struct SmallDisk {
   explicit SmallDisk(fs::path where) : point(std::move(where)) {
@@ -97,24 +94,53 @@ class DocumentPackageTest : public DocumentTest {
     document.Undo();  // the save holds a redo step
   }
 
-  ICanvaroUndoPtr Open(const std::string& prefix) {
+  // Opens `package` on a fresh swap directory "open-<prefix>", whose files `prefix` names.
+  ICanvaroUndoPtr Open(const std::string& prefix, const ioPath& package) {
     const fs::path swap = dir.path().native() / fs::path("open-" + prefix);
     fs::create_directories(swap);
-    return OpenDocument(Package(), swap, [prefix, n = 0]() mutable {
-      return prefix + std::to_string(n++) + ".raw";
-    });
+    return OpenDocument(
+        package, swap, [prefix, n = 0]() mutable { return prefix + std::to_string(n++) + ".raw"; });
+  }
+  ICanvaroUndoPtr Open(const std::string& prefix) { return Open(prefix, Package()); }
+
+  // Pictures of 128 x 96 RGBA (48 kB each) that outgrow a SmallDisk.
+  void AddBigPictures(ICanvaroUndo& document) {
+    for (std::uint8_t seed = 10; seed < 18; ++seed) {
+      document.Add(Settings("Big"), Picture(seed, 128, 96), nullptr, NoMask());
+    }
   }
 
   ioPath Package() const { return dir / "saved.canvaro"; }
 };
 
-TEST_F(DocumentPackageTest, OpensEqualAndSaveOpenCyclesAreStable) {
+// A package opens as the document saved, over any number of save and open cycles; an opened
+// document and its failures never touch it, and it saves its new work in it.
+TEST_F(DocumentPackageTest, OpensEqualOverSaveOpenCyclesAndFailuresLeaveItAlone) {
   Edit(*doc);
   const std::string expected = Summary(*doc);
   SaveDocument(*doc, Package());
   EXPECT_THAT(CheckDocumentPackage(Package()), ::testing::IsEmpty());
   const auto firstSave = Files(Package().native());
   doc.reset();
+  {
+    ICanvaroUndoPtr broken = Open("broken");
+    broken->Undo();
+    broken->Add(Settings("More"), Picture(5), nullptr, NoMask());
+    // Its swap files disappear: the storage fails on the next load and, when the document
+    // goes, removes its whole swap directory.
+    const fs::path swap = dir.path().native() / fs::path("open-broken");
+    for (const auto& entry : fs::directory_iterator(swap)) fs::remove(entry.path());
+    broken->CheckForSize();
+    broken->GetFrameStorage().WaitForPendingSaves();
+    EXPECT_EQ(OutcomeOf([&] {
+                for (unsigned i = 0; i < broken->GetVideoCount(); ++i) broken->GetVideo(i);
+              }),
+              Outcome::SwapFileFailure);
+    // A picture is truly gone now: saving fails, naming it, and leaves the package alone.
+    EXPECT_THAT(ErrorText<CanvaroException>([&] { SaveDocument(*broken, Package()); }),
+                ::testing::HasSubstr("gone"));
+  }
+  EXPECT_EQ(Files(Package().native()), firstSave);
 
   ICanvaroUndoPtr opened = Open("a");
   EXPECT_EQ(Summary(*opened), expected);
@@ -124,8 +150,7 @@ TEST_F(DocumentPackageTest, OpensEqualAndSaveOpenCyclesAreStable) {
     opened = Open("c" + std::to_string(cycle));
     EXPECT_EQ(Summary(*opened), expected) << cycle;
     EXPECT_EQ(opened->GetFrameStorage().GetCount(), frames) << cycle;
-    const auto files = Files(Package().native());
-    EXPECT_EQ(files.size(), firstSave.size()) << cycle;
+    EXPECT_EQ(Files(Package().native()).size(), firstSave.size()) << cycle;
   }
   // An opened document goes on and saves its new work in the same package.
   opened->Add(Settings("After"), Picture(4), nullptr, NoMask());
@@ -135,117 +160,58 @@ TEST_F(DocumentPackageTest, OpensEqualAndSaveOpenCyclesAreStable) {
   EXPECT_THAT(CheckDocumentPackage(Package()), ::testing::IsEmpty());
 }
 
-TEST_F(DocumentPackageTest, AnOpenedDocumentAndItsFailuresNeverTouchThePackage) {
-  Edit(*doc);
-  SaveDocument(*doc, Package());
-  const auto saved = Files(Package().native());
-  {
-    ICanvaroUndoPtr opened = Open("a");
-    opened->Undo();
-    opened->Add(Settings("More"), Picture(5), nullptr, NoMask());
-    // Its swap files disappear: the storage fails on the next load and, when the document
-    // goes, removes its whole swap directory.
-    const fs::path swap = dir.path().native() / fs::path("open-a");
-    for (const auto& entry : fs::directory_iterator(swap)) fs::remove(entry.path());
-    opened->CheckForSize();
-    opened->GetFrameStorage().WaitForPendingSaves();
-    EXPECT_THROW(
-        {
-          for (unsigned i = 0; i < opened->GetVideoCount(); ++i) opened->GetVideo(i);
-        },
-        CanvaroException);
-    // A picture is truly gone now: saving fails, naming it, and leaves the package alone.
-    try {
-      SaveDocument(*opened, Package());
-      ADD_FAILURE() << "saved a document that lost a picture";
-    } catch (const CanvaroException& e) {
-      EXPECT_THAT(e.what(), ::testing::HasSubstr("gone"));
-    }
-  }
-  EXPECT_EQ(Files(Package().native()), saved);
-  EXPECT_NO_THROW(Open("b"));
-}
-
 TEST_F(DocumentPackageTest, ADamagedPictureIsReportedAndRefusedAndLeftAsItIs) {
   Edit(*doc);
   SaveDocument(*doc, Package());
   const fs::path pictures = Package().native() / "pictures";
   const fs::path victim = fs::directory_iterator(pictures)->path();
-  {
-    std::fstream file(victim, std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(-1, std::ios::end);
-    file.put('\x5a');
-  }
+  // Its last byte changes.
+  std::fstream(victim, std::ios::in | std::ios::out | std::ios::binary)
+      .seekp(-1, std::ios::end)
+      .put('\x5a');
   const auto damaged = Files(Package().native());
   const auto problems = CheckDocumentPackage(Package());
   ASSERT_EQ(problems.size(), 1u);
   EXPECT_THAT(problems[0], ::testing::HasSubstr(victim.filename().string()));
-  try {
-    Open("a");
-    FAIL() << "opened a damaged package";
-  } catch (const CanvaroException& e) {
-    EXPECT_EQ(CodeOf(e), static_cast<int>(CanvaroError::InvalidDocument));
-    EXPECT_THAT(e.what(), ::testing::HasSubstr("damaged"));
-  }
+  EXPECT_THAT(ErrorText<CanvaroException>([&] { Open("a"); }), ::testing::HasSubstr("damaged"));
+  EXPECT_EQ(OutcomeOf([&] { Open("a"); }), Outcome::InvalidDocument);
   EXPECT_TRUE(fs::is_empty(dir.path().native() / fs::path("open-a")));
   EXPECT_EQ(Files(Package().native()), damaged);
 
   fs::remove(victim);
   EXPECT_THAT(CheckDocumentPackage(Package())[0], ::testing::HasSubstr("missing"));
-  EXPECT_THROW(Open("b"), CanvaroException);
+  EXPECT_EQ(OutcomeOf([&] { Open("b"); }), Outcome::InvalidDocument);
 }
 
-// A package on a small file system: the second save runs out of space part-way. The first
-// package stays whole and opens as it was; nothing partial sits under a final name.
-TEST_F(DocumentPackageTest, AFullDiskDuringASaveLeavesThePreviousPackageWhole) {
+// A small file system fills up. Under a package, the second save runs out of space part-way: the
+// first package stays whole and opens as it was; nothing partial sits under a final name. Under
+// the swap directory of a session, the storage fails and hands out nothing, yet every picture of
+// the session (in memory after its failed write, or in its file) saves as a package on another
+// file system, and opens as the same document.
+TEST_F(DocumentPackageTest, AFullDiskFailsTheSaveOrTheSwapAndLosesNothing) {
   const SmallDisk disk(dir.path().native() / "small");
   if (!disk.mounted) GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
   const ioPath package = ioPath(disk.point) / "saved.canvaro";
-
   Edit(*doc);
   SaveDocument(*doc, package);
   const std::string first = Summary(*doc);
   const auto saved = Files(package.native());
-
-  // Pictures of 128 x 96 RGBA (48 kB each) outgrow the 256 kB file system.
-  for (std::uint8_t seed = 10; seed < 18; ++seed) {
-    doc->Add(Settings("Big"), Picture(seed, 128, 96), nullptr, NoMask());
-  }
-  try {
-    SaveDocument(*doc, package);
-    FAIL() << "the save fitted";
-  } catch (const CanvaroException& e) {
-    EXPECT_THAT(e.what(), ::testing::HasSubstr("No space left on device"));
-  }
+  AddBigPictures(*doc);
+  EXPECT_THAT(ErrorText<CanvaroException>([&] { SaveDocument(*doc, package); }),
+              ::testing::HasSubstr("No space left on device"));
   EXPECT_EQ(Files(package.native()), saved);
   EXPECT_THAT(CheckDocumentPackage(package), ::testing::IsEmpty());
-  const fs::path swap = dir.path().native() / "reopen";
-  fs::create_directories(swap);
-  ICanvaroUndoPtr opened =
-      OpenDocument(package, swap, [n = 0]() mutable { return "r" + std::to_string(n++) + ".raw"; });
-  EXPECT_EQ(Summary(*opened), first);
-}
+  EXPECT_EQ(Summary(*Open("again", package)), first);
 
-// The swap disk fills up mid-session: the storage fails and hands out nothing, yet every picture
-// of the session (in memory after its failed write, or in its file) saves as a package on
-// another file system, and opens as the same document.
-TEST_F(DocumentPackageTest, AfterTheSwapDiskFillsTheSessionStillSavesElsewhere) {
-  const SmallDisk disk(dir.path().native() / "small");
-  if (!disk.mounted) GTEST_SKIP() << "cannot mount a small tmpfs here (needs root)";
   ICanvaroUndoPtr session = ICanvaroUndo::Create(
       ioPath(disk.point), [n = 0]() mutable { return "s" + std::to_string(n++) + ".raw"; });
-  for (ICanvaroUndo* document : {session.get(), doc.get()}) {
-    Edit(*document);
-    for (std::uint8_t seed = 10; seed < 18; ++seed) {
-      document->Add(Settings("Big"), Picture(seed, 128, 96), nullptr, NoMask());
-    }
-    document->Undo();
-  }
+  Edit(*session);
+  AddBigPictures(*session);
+  for (ICanvaroUndo* document : {session.get(), doc.get()}) document->Undo();
   session->GetFrameStorage().SwapExcept({});
   session->WaitForPendingSaves();
   ASSERT_TRUE(session->GetFrameStorage().IsFailed());
   EXPECT_THROW(session->GetVideo(0), CanvaroException);
-
   SaveDocument(*session, Package());
   EXPECT_EQ(Summary(*Open("rescued")), Summary(*doc));
 }
@@ -256,16 +222,14 @@ TEST_F(DocumentPackageTest, AfterTheSwapDiskFillsTheSessionStillSavesElsewhere) 
 // a pipe, so that most kills land among saves whatever the speed of the disk.
 TEST_F(DocumentPackageTest, AKilledSaveLeavesAWholePackage) {
   doc.reset();  // forks from a process without worker threads, as ThreadSanitizer requires
-  const auto build = [this](ICanvaroUndo& document, bool second) {
-    Edit(document, second ? 16 : 8);
-    if (second) document.Add(Settings("Second"), Picture(6, 16, 12), nullptr, NoMask());
+  // The version `second` of the document, its swap files named with `prefix`.
+  const auto version = [this](bool second, const std::string& prefix) {
+    ICanvaroUndoPtr document = MakeDocument(prefix);
+    Edit(*document, second ? 16 : 8);
+    if (second) document->Add(Settings("Second"), Picture(6, 16, 12), nullptr, NoMask());
+    return document;
   };
-  std::string versions[2];
-  for (int v = 0; v < 2; ++v) {
-    ICanvaroUndoPtr document = MakeDocument("v" + std::to_string(v) + "_");
-    build(*document, v == 1);
-    versions[v] = Summary(*document);
-  }
+  const std::string versions[2] = {Summary(*version(false, "v0_")), Summary(*version(true, "v1_"))};
   std::mt19937 random(20261123);
   int opened = 0;
   for (int kill = 0; kill < 16; ++kill) {
@@ -276,15 +240,9 @@ TEST_F(DocumentPackageTest, AKilledSaveLeavesAWholePackage) {
       ::close(saved[0]);
       std::signal(SIGPIPE, SIG_IGN);  // the parent may no longer listen
       try {
-        const fs::path swap = dir.path().native() / fs::path("child" + std::to_string(kill));
-        fs::create_directories(swap);
-        ICanvaroUndoPtr documents[2];
-        for (int v = 0; v < 2; ++v) {
-          documents[v] = ICanvaroUndo::Create(swap, [v, n = 0]() mutable {
-            return "c" + std::to_string(v) + "_" + std::to_string(n++) + ".raw";
-          });
-          build(*documents[v], v == 1);
-        }
+        const std::string prefix = "c" + std::to_string(kill);
+        const ICanvaroUndoPtr documents[2] = {version(false, prefix + "a_"),
+                                              version(true, prefix + "b_")};
         for (int round = 0;; ++round) {
           SaveDocument(*documents[round % 2], Package());
           if (round == 0) [[maybe_unused]]

@@ -1,3 +1,4 @@
+#include "canvaro/Undo/FrameItem.h"
 #include "canvaro/Undo/FrameStorage.h"
 
 #include <signal.h>
@@ -7,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <random>
 #include <set>
 #include <stdexcept>
@@ -16,7 +18,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "canvaro/Undo/ShapeUndo.h"
+#include "canvaro/Undo/UndoManager.h"
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/shapes/LineInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/LogCapture.h"
@@ -35,8 +40,10 @@ extern "C" const char* __tsan_default_suppressions() { return "race:tzset_intern
 namespace {
 
 using namespace Kelbra;
+namespace fs = std::filesystem;
 using Canvaro::CanvaroError;
 using Canvaro::CanvaroException;
+using Canvaro::FrameItem;
 using Canvaro::FrameStorage;
 using Canvaro::TagCanvaroErrorCode;
 using canvaro_test::LogCapture;
@@ -56,19 +63,18 @@ Proc::IDataVideoPtr Picture(unsigned seed, Conf::FrameInfo info = {7, 5, 1, 1}) 
   return MakePatternPicture(Proc::PixFmt::RGB24, info, seed);
 }
 
-std::uintmax_t RawFileSize(const Proc::IDataVideo& picture) {
-  return 20 + PackedBytes(picture).size();
-}
-
-bool IsSwapFailure(const std::function<void()>& call) {
+// The code of the CanvaroException that `call` throws; none when it returns or the code is missing.
+std::optional<CanvaroError> CodeOf(const std::function<void()>& call) {
   try {
     call();
   } catch (const CanvaroException& e) {
     const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
-    return code != nullptr && *code == CanvaroError::SwapFileFailure;
+    if (code != nullptr) return *code;
   }
-  return false;
+  return std::nullopt;
 }
+
+constexpr CanvaroError kSwapFailure = CanvaroError::SwapFileFailure;
 
 class FrameStorageTest : public testing::Test {
  protected:
@@ -80,47 +86,48 @@ class FrameStorageTest : public testing::Test {
 
 // ---- adding, measuring, swapping, loading ----
 
-TEST_F(FrameStorageTest, AddsInOrderAndMeasuresPicturesInMemory) {
-  FrameStorage storage(dir_.path(), names_.Generator());
-  EXPECT_EQ(storage.GetSize(), 0u);
-  const auto a = Picture(1);
-  const auto b = Picture(2, {3, 2, 4, 3});
-  EXPECT_EQ(storage.AddFrame(a), 0u);
-  EXPECT_EQ(storage.AddFrame(nullptr), 1u);
-  EXPECT_EQ(storage.AddFrame(b), 2u);
-  EXPECT_EQ(storage.GetCount(), 3u);
-  EXPECT_EQ(storage.GetFrameInfo(1), Conf::FrameInfo{});
-  EXPECT_EQ(storage.GetFrameInfo(2), (Conf::FrameInfo{3, 2, 4, 3}));
-  EXPECT_EQ(storage.GetSize(), a->GetBufferSize() + b->GetBufferSize());
-  EXPECT_EQ(storage.GetFrame(0), a);
-  EXPECT_FALSE(storage.GetFrame(1));
-  EXPECT_EQ(names_.calls, 0);
-}
-
 TEST_F(FrameStorageTest, SwapWritesFilesInTheBackgroundAndGetFrameLoadsThemBack) {
   FrameStorage storage(dir_.path(), names_.Generator());
-  std::vector<std::string> pixels;
+  std::vector<Proc::IDataVideoPtr> pictures;
   for (unsigned i = 0; i < 4; ++i) {
-    const auto picture = Picture(i);
-    pixels.push_back(PackedBytes(*picture));
-    storage.AddFrame(picture);
+    pictures.push_back(Picture(i, {7, 5, 4, 3}));
+    EXPECT_EQ(storage.AddFrame(pictures[i]), i);
   }
-  storage.AddFrame(nullptr);
-  const std::uint64_t kept = storage.GetFrame(2)->GetBufferSize();
+  EXPECT_EQ(storage.AddFrame(nullptr), 4u);
+  EXPECT_EQ(storage.GetCount(), 5u);
+  EXPECT_EQ(storage.GetFrameInfo(3), (Conf::FrameInfo{7, 5, 4, 3}));
+  EXPECT_EQ(storage.GetFrameInfo(4), Conf::FrameInfo{});
+  EXPECT_FALSE(storage.GetFrame(4));
+  EXPECT_EQ(storage.GetFrame(2), pictures[2]);
+  const std::uint64_t kept = pictures[2]->GetBufferSize();
+  EXPECT_EQ(storage.GetSize(), 4 * kept);
+  EXPECT_EQ(names_.calls, 0);
+  storage.SwapExcept({0, 1, 2, 3, 4});  // an empty batch
+  storage.WaitForPendingSaves();
+  EXPECT_THAT(log_.Messages(), ElementsAre("Swap started", "Swap done"));
 
+  // One name per frame not kept, the empty one included.
+  log_.Clear();
   storage.SwapExcept({2, 2, 99});
   storage.WaitForPendingSaves();
-  // One name per frame not kept, the empty one included.
-  EXPECT_EQ(names_.calls, 4);
+  EXPECT_THAT(
+      log_.Messages(),
+      ElementsAre("Checking for savef0: need save", "Checking for savef1: need save",
+                  "Checking for savef2: need save", "Checking for savef3: no frame", "Swap started",
+                  "Trying to save f0", "Saving f0 done", "Trying to save f1", "Saving f1 done",
+                  "Trying to save f2", "Saving f2 done", "Swap done"));
   EXPECT_EQ(storage.GetSize(), kept);
-  EXPECT_EQ(storage.GetFileName(0), ioPath("f0"));
-  EXPECT_EQ(storage.GetFileName(1), ioPath("f1"));
-  EXPECT_TRUE(storage.GetFileName(2).empty());
-  EXPECT_EQ(storage.GetFileName(3), ioPath("f2"));
-  EXPECT_TRUE(storage.GetFileName(4).empty());
-  EXPECT_EQ(std::filesystem::file_size((dir_ / "f1").native()), 20u + 7 * 3 * 5);
+  const char* const names[] = {"f0", "f1", "", "f2", ""};
+  for (Index i = 0; i < 5; ++i) EXPECT_EQ(storage.GetFileName(i).utf8(), names[i]) << i;
+  EXPECT_EQ(fs::file_size((dir_ / "f1").native()), 20u + 7 * 3 * 5);
 
-  for (unsigned i = 0; i < 4; ++i) EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), pixels[i]) << i;
+  log_.Clear();
+  for (unsigned i = 0; i < 4; ++i) {
+    EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*pictures[i])) << i;
+  }
+  EXPECT_THAT(log_.Messages(),
+              ElementsAre("Trying to load f0", "Loading f0 done", "Trying to load f1",
+                          "Loading f1 done", "Trying to load f2", "Loading f2 done"));
   EXPECT_EQ(storage.GetFileName(0), ioPath("f0"));  // kept after loading
 
   // Frames loaded back are only released by the next swap: nothing is written again.
@@ -128,34 +135,10 @@ TEST_F(FrameStorageTest, SwapWritesFilesInTheBackgroundAndGetFrameLoadsThemBack)
   storage.Swap({0, 1, 1, 3});
   storage.WaitForPendingSaves();
   EXPECT_EQ(storage.GetSize(), kept);
-  EXPECT_EQ(names_.calls, 7);
-  EXPECT_FALSE((dir_ / "f4").exists());
   EXPECT_THAT(log_.Messages(),
               ElementsAre("Checking for savef4: already saved as f0",
                           "Checking for savef5: already saved as f1",
                           "Checking for savef6: already saved as f2", "Swap started", "Swap done"));
-}
-
-TEST_F(FrameStorageTest, LogsEachSwapBatch) {
-  FrameStorage storage(dir_.path(), names_.Generator());
-  storage.AddFrame(Picture(1));
-  storage.AddFrame(nullptr);
-  storage.AddFrame(Picture(2));
-  storage.SwapExcept({0, 1, 2});  // an empty batch
-  storage.WaitForPendingSaves();
-  EXPECT_THAT(log_.Messages(), ElementsAre("Swap started", "Swap done"));
-
-  log_.Clear();
-  storage.SwapExcept({});
-  storage.WaitForPendingSaves();
-  EXPECT_THAT(log_.Messages(),
-              ElementsAre("Checking for savef0: need save", "Checking for savef1: no frame",
-                          "Checking for savef2: need save", "Swap started", "Trying to save f0",
-                          "Saving f0 done", "Trying to save f2", "Saving f2 done", "Swap done"));
-
-  log_.Clear();
-  storage.GetFrame(2);
-  EXPECT_THAT(log_.Messages(), ElementsAre("Trying to load f2", "Loading f2 done"));
 }
 
 // The caller goes on while the worker writes: pictures read, replaced and dropped during writes
@@ -203,7 +186,7 @@ TEST_F(FrameStorageTest, EditsDuringWritesLeaveNoStaleFilesAndTheBacklogBoundsMe
     EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*picture(seeds[i]))) << i;
   }
   std::set<std::string> files;
-  for (const auto& entry : std::filesystem::directory_iterator(dir_.path().native())) {
+  for (const auto& entry : fs::directory_iterator(dir_.path().native())) {
     files.insert(entry.path().filename().string());
   }
   EXPECT_EQ(files, held);
@@ -211,33 +194,37 @@ TEST_F(FrameStorageTest, EditsDuringWritesLeaveNoStaleFilesAndTheBacklogBoundsMe
 
 // ---- the record ----
 
+// The record names every frame's file and queues its write; a storage destroyed while batches are
+// still queued (pictures of 180 kB) writes them all first.
 TEST_F(FrameStorageTest, SerializeQueuesEveryFrameAndRecordsNamesAndGeometry) {
   Core::Property tree;
   std::vector<std::string> pixels;
   {
     FrameStorage storage(dir_.path(), names_.Generator());
     for (unsigned i = 0; i < 3; ++i) {
-      const auto picture = Picture(i, {4 + static_cast<std::int32_t>(i), 3, 1, 1});
+      const auto picture = Picture(i, {300 + static_cast<std::int32_t>(i), 200, 1, 1});
       pixels.push_back(PackedBytes(*picture));
       storage.AddFrame(picture);
     }
+    storage.Swap({0});  // a first batch, then one of the rest (f1 is drawn and not used)
     storage.Serialize(Drevin::SerializerProperty::Create(tree));
-    EXPECT_EQ(storage.GetFileName(2), ioPath("f2"));
+    EXPECT_EQ(storage.GetFileName(2), ioPath("f3"));
   }
+  EXPECT_TRUE(dir_.path().exists()) << "a storage that never failed leaves its directory";
   const auto reader = Drevin::SerializerProperty::Create(std::as_const(tree));
   const auto list = reader->GetCollection("StorageItems");
   ASSERT_TRUE(list);
   ASSERT_EQ(list->GetCount(), 3u);
   const auto record = list->GetItem(1)->GetChild("StorageItem");
-  EXPECT_EQ(record->ReadString("FileName", ""), "f1");
-  EXPECT_EQ(record->ReadInt("Width", 0), 5);
+  EXPECT_EQ(record->ReadString("FileName", ""), "f2");
+  EXPECT_EQ(record->ReadInt("Width", 0), 301);
   EXPECT_FALSE(reader->Has("Frame"));
 
   FrameStorage again(dir_.path(), names_.Generator());
   again.AddFrame(Picture(7));
   again.Deserialize(reader);
   ASSERT_EQ(again.GetCount(), 4u);
-  EXPECT_EQ(again.GetFrameInfo(3), (Conf::FrameInfo{6, 3, 1, 1}));
+  EXPECT_EQ(again.GetFrameInfo(3), (Conf::FrameInfo{302, 200, 1, 1}));
   EXPECT_EQ(again.GetSize(), again.GetFrame(0)->GetBufferSize());
   for (unsigned i = 0; i < 3; ++i) EXPECT_EQ(PackedBytes(*again.GetFrame(i + 1)), pixels[i]);
 
@@ -245,56 +232,25 @@ TEST_F(FrameStorageTest, SerializeQueuesEveryFrameAndRecordsNamesAndGeometry) {
   EXPECT_EQ(again.DeserializeItem(record), 2u);
   EXPECT_EQ(again.GetCount(), 4u);
   EXPECT_EQ(PackedBytes(*again.GetFrame(2)), pixels[1]);
-}
 
-TEST_F(FrameStorageTest, DeserializeStopsAtAMissingFile) {
-  Core::Property tree;
-  {
-    FrameStorage storage(dir_.path(), names_.Generator());
-    for (unsigned i = 0; i < 3; ++i) storage.AddFrame(Picture(i));
-    storage.Serialize(Drevin::SerializerProperty::Create(tree));
-  }
-  std::filesystem::remove((dir_ / "f1").native());
-  FrameStorage again(dir_.path(), names_.Generator());
-  EXPECT_TRUE(IsSwapFailure(
-      [&] { again.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree))); }));
-  EXPECT_EQ(again.GetCount(), 1u);
-  EXPECT_FALSE(again.IsFailed());
-}
-
-// ---- lifetime ----
-
-TEST_F(FrameStorageTest, DestructionRightAfterASwapWritesEveryQueuedFile) {
-  std::vector<std::uintmax_t> sizes;
-  {
-    FrameStorage storage(dir_.path(), names_.Generator());
-    for (unsigned i = 0; i < 6; ++i) {
-      const auto picture = Picture(i, {300 + static_cast<std::int32_t>(i), 200, 1, 1});
-      sizes.push_back(RawFileSize(*picture));
-      storage.AddFrame(picture);
-    }
-    storage.Swap({0, 1, 2});
-    storage.Swap({3, 4, 5});
-  }
-  for (unsigned i = 0; i < 6; ++i) {
-    EXPECT_EQ(std::filesystem::file_size((dir_ / ("f" + std::to_string(i))).native()), sizes[i]);
-  }
-  // A storage that never failed leaves its directory.
-  EXPECT_TRUE(dir_.path().exists());
+  // Loading stops at the first record whose file is missing, without failing the storage.
+  fs::remove((dir_ / "f2").native());
+  FrameStorage third(dir_.path(), names_.Generator());
+  EXPECT_EQ(CodeOf([&] { third.Deserialize(reader); }), kSwapFailure);
+  EXPECT_EQ(third.GetCount(), 1u);
+  EXPECT_FALSE(third.IsFailed());
 }
 
 // ---- failures ----
 
 TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
-  const ioPath swap = dir_ / "swap";
-  std::filesystem::create_directories(swap.native());
-  std::ofstream((swap / "f1").native()) << "someone else's";  // an earlier save's file, say
-  FrameStorage storage(swap, names_.Generator());
+  std::ofstream((dir_ / "f1").native()) << "someone else's";  // an earlier save's file, say
+  FrameStorage storage(dir_.path(), names_.Generator());
   for (unsigned i = 0; i < 3; ++i) storage.AddFrame(Picture(i));
   storage.SwapExcept({});
   storage.WaitForPendingSaves();
   EXPECT_FALSE(storage.IsFailed());
-  EXPECT_EQ(std::filesystem::file_size((swap / "f1").native()), 14u);
+  EXPECT_EQ(fs::file_size((dir_ / "f1").native()), 14u);
   EXPECT_EQ(storage.GetFileName(1).utf8(), "f2");
   EXPECT_EQ(log_.Messages(google::GLOG_WARNING).size(), 1u);
   for (unsigned i = 0; i < 3; ++i) {
@@ -302,7 +258,7 @@ TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
   }
 
   // A generator that throws part way leaves no frame with a name.
-  FrameStorage other(dir_ / "swap", [n = 0]() mutable -> std::string {
+  FrameStorage other(dir_.path(), [n = 0]() mutable -> std::string {
     if (++n == 2) throw std::runtime_error("out of names");
     return "g" + std::to_string(n);
   });
@@ -313,89 +269,63 @@ TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
   EXPECT_TRUE(other.GetFileName(1).empty());
 
   // Out-of-range frames are refused with a code, not read from freed memory.
-  try {
-    storage.GetFrame(3);
-    ADD_FAILURE() << "no exception";
-  } catch (const CanvaroException& e) {
-    ASSERT_NE(boost::get_error_info<TagCanvaroErrorCode>(e), nullptr);
-    EXPECT_EQ(*boost::get_error_info<TagCanvaroErrorCode>(e), CanvaroError::InvalidArgument);
-  }
+  EXPECT_EQ(CodeOf([&] { storage.GetFrame(3); }), CanvaroError::InvalidArgument);
 }
 
-// A swap directory that is missing or cannot be written to fails the storage, and the pictures
-// that were to be written fail with the swap file code.
-TEST_F(FrameStorageTest, MissingOrReadOnlySwapDirectoryFailsTheStorage) {
-  const ioPath readOnly = dir_ / "readonly";
-  std::filesystem::create_directory(readOnly.native());
-  std::filesystem::permissions(
-      readOnly.native(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
-  for (const ioPath& swap : {dir_ / "missing", readOnly}) {
+// A swap directory that is missing or cannot be written to, or a written swap file removed or cut
+// short, fails the storage: the picture that needed the file and every other one fail with the
+// swap file code.
+TEST_F(FrameStorageTest, UnusableSwapDirectoriesAndDamagedFilesFailTheStorage) {
+  const ioPath missing = dir_ / "missing", readOnly = dir_ / "readonly", cut = dir_ / "cut",
+               removed = dir_ / "removed";
+  for (const ioPath& made : {readOnly, cut, removed}) fs::create_directory(made.native());
+  fs::permissions(readOnly.native(), fs::perms::owner_read | fs::perms::owner_exec);
+  for (const ioPath& swap : {missing, readOnly, cut, removed}) {
     if (swap == readOnly && ::geteuid() == 0) continue;  // permissions do not bind root
     FrameStorage storage(swap, names_.Generator());
     storage.AddFrame(Picture(1));
     storage.AddFrame(Picture(2));
     storage.SwapExcept({1});
     storage.WaitForPendingSaves();
+    const auto file = (swap / storage.GetFileName(0)).native();
+    if (swap == cut) fs::resize_file(file, fs::file_size(file) - 1);
+    if (swap == removed) fs::remove(file);
+    EXPECT_EQ(CodeOf([&] { storage.GetFrame(0); }), kSwapFailure) << swap;
     EXPECT_TRUE(storage.IsFailed()) << swap;
-    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(1); })) << swap;
+    EXPECT_EQ(CodeOf([&] { storage.GetFrame(1); }), kSwapFailure) << swap;
   }
 }
 
-TEST_F(FrameStorageTest, TruncatedOrMissingSwapFilesFailTheLoad) {
-  for (const bool truncate : {true, false}) {
-    canvaro_test::TempDir dir;
-    FrameStorage storage(dir.path(), names_.Generator());
-    storage.AddFrame(Picture(1));
-    storage.AddFrame(Picture(2));
-    storage.SwapExcept({1});
-    storage.WaitForPendingSaves();
-    const auto file = (dir / storage.GetFileName(0)).native();
-    if (truncate) {
-      std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
-    } else {
-      std::filesystem::remove(file);
-    }
-    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(0); })) << truncate;
-    EXPECT_TRUE(storage.IsFailed());
-    EXPECT_TRUE(IsSwapFailure([&] { storage.GetFrame(1); })) << truncate;
-  }
-}
-
-// Runs `body` in a child process with a file size limit of `limit` bytes and SIGXFSZ ignored;
-// returns the child's exit code (or 100 + signal when it was killed).
-int RunWithFileSizeLimit(rlim_t limit, const std::function<int()>& body) {
+// In a child process with a file size limit of 64 kB (and SIGXFSZ ignored, so that a write past
+// it fails instead of killing the process), the one picture too large for it fails the storage.
+TEST_F(FrameStorageTest, FileSizeLimitFailsTheStorageWithoutCrashing) {
+  const ioPath swap = dir_.path();
   const pid_t child = ::fork();
   if (child == 0) {
     ::signal(SIGXFSZ, SIG_IGN);
-    const rlimit fileSize{limit, limit};
+    const rlimit fileSize{64 * 1024, 64 * 1024};
     if (::setrlimit(RLIMIT_FSIZE, &fileSize) != 0) ::_exit(99);
-    ::_exit(body());
+    ::_exit([&swap] {
+      Names names;
+      {
+        FrameStorage storage(swap, names.Generator());
+        storage.AddFrame(Picture(1));
+        storage.AddFrame(Picture(2, {200, 200, 1, 1}));  // 120 kB of pixels
+        storage.AddFrame(Picture(3));
+        storage.SwapExcept({});
+        storage.WaitForPendingSaves();
+        if (!storage.IsFailed()) return 1;
+        if (!(swap / "f0").exists() || !(swap / "f2").exists()) return 2;
+        if ((swap / "f1").exists()) return 3;  // never half written
+        if (CodeOf([&] { storage.GetFrame(0); }) != kSwapFailure) return 4;
+      }
+      return swap.exists() ? 5 : 0;
+    }());
   }
   int status = 0;
   ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
-}
-
-TEST_F(FrameStorageTest, FileSizeLimitFailsTheStorageWithoutCrashing) {
-  const ioPath swap = dir_.path();
-  const int result = RunWithFileSizeLimit(64 * 1024, [&swap] {
-    Names names;
-    const auto big = Picture(2, {200, 200, 1, 1});  // 120 kB of pixels
-    {
-      FrameStorage storage(swap, names.Generator());
-      storage.AddFrame(Picture(1));
-      storage.AddFrame(big);
-      storage.AddFrame(Picture(3));
-      storage.SwapExcept({});
-      storage.WaitForPendingSaves();
-      if (!storage.IsFailed()) return 1;
-      if (!(swap / "f0").exists() || !(swap / "f2").exists()) return 2;
-      if ((swap / "f1").exists()) return 3;  // never half written
-      if (!IsSwapFailure([&] { storage.GetFrame(0); })) return 4;
-    }
-    return swap.exists() ? 5 : 0;
-  });
-  EXPECT_EQ(result, 0);
+  EXPECT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 // Reading pictures back keeps the others under the load budget by letting go of the least
@@ -417,14 +347,139 @@ TEST_F(FrameStorageTest, LoadsLetGoOfTheLeastRecentlyUsedWrittenPictures) {
   const Index unsaved = storage.AddFrame(Picture(9));  // no file: never let go
   storage.GetFrame(5);  // 0, 3, 4 and the unsaved one: lets go of 3, then of 4
   EXPECT_EQ(storage.GetSize(), 3 * one);
-  const std::size_t files = std::distance(std::filesystem::directory_iterator(dir_.path().native()),
-                                          std::filesystem::directory_iterator());
+  const std::size_t files =
+      std::distance(fs::directory_iterator(dir_.path().native()), fs::directory_iterator());
   EXPECT_EQ(files, 6u) << "letting go wrote nothing";
   for (Index i : {Index{0}, Index{5}, unsaved}) {
     EXPECT_EQ(PackedBytes(*storage.GetFrame(i)), PackedBytes(*Picture(i == unsaved ? 9 : i)));
   }
   EXPECT_EQ(storage.GetSize(), 3 * one) << "0, 5 and the unsaved picture were still in memory";
   EXPECT_EQ(PackedBytes(*storage.GetFrame(1)), PackedBytes(*Picture(1)));  // read back
+}
+
+// ---- frames that a saved record or an open step still needs ----
+
+// Reset and Truncate, even before the worker wrote the files, leave whole the files that a saved
+// record names, in the storage that saved it and in one that loaded it.
+TEST_F(FrameStorageTest, ResetAndTruncateKeepFilesThatASavedRecordNames) {
+  FrameStorage storage(dir_.path(), names_.Generator());
+  for (unsigned i = 0; i < 4; ++i) storage.AddFrame(Picture(i));
+  storage.Truncate(3);
+  Core::Property record;
+  storage.Serialize(Drevin::SerializerProperty::Create(record));
+  const ioPath file0 = dir_ / storage.GetFileName(0);
+  storage.Reset(0, Picture(10));
+  storage.Truncate(2);
+  storage.WaitForPendingSaves();
+  EXPECT_TRUE(storage.GetFileName(0).empty()) << "the item forgets the file it no longer shows";
+
+  FrameStorage reloaded(dir_.path(), names_.Generator());
+  reloaded.Deserialize(Drevin::SerializerProperty::Create(std::as_const(record)));
+  ASSERT_EQ(reloaded.GetCount(), 3u);
+  for (unsigned i = 0; i < 3; ++i) {
+    EXPECT_EQ(PackedBytes(*reloaded.GetFrame(i)), PackedBytes(*Picture(i))) << i;
+  }
+  reloaded.Reset(0, Picture(11));
+  EXPECT_TRUE(file0.exists());
+}
+
+TEST_F(FrameStorageTest, ShapePictureInAnOpenTransactionSurvivesTheNextEdit) {
+  using namespace Canvaro;
+  FrameStorage storage(dir_.path(), names_.Generator());
+  IUndoManagerPtr manager = UndoManager::Create(storage);
+  ShapeUndo shapes(&storage, manager);
+  shapes.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), Picture(1));  // frame 0
+  {
+    RAII::UndoTransactionGuard transaction(manager->GetTransactionManager());
+    shapes.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), Picture(7));
+    // The next edit truncates the history; the picture above belongs to the open step.
+    shapes.SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_ARROW)), nullptr);
+  }
+  ASSERT_EQ(storage.GetCount(), 2u);
+  ASSERT_EQ(shapes.GetShapeItemVideoIndex(1, 0xFFFFFFFF), 1u);
+  EXPECT_EQ(PackedBytes(*shapes.GetShapeItemVideo(1, 0xFFFFFFFF)), PackedBytes(*Picture(7)));
+}
+
+// ---- the items that hold the storage's frames ----
+
+class FrameItemTest : public FrameStorageTest {};
+
+TEST_F(FrameItemTest, WalksThroughTheStatesOfASwapAndAReset) {
+  const auto picture = Picture(1);
+  const std::string pixels = PackedBytes(*picture);
+  FrameItem item(dir_.path(), picture);
+  EXPECT_EQ(item.GetInfo(), picture->GetFrameInfo());
+  EXPECT_EQ(item.GetMemorySize(), picture->GetBufferSize());
+
+  // In memory only -> queued for save.
+  EXPECT_TRUE(item.CheckForSave("a.raw"));
+  EXPECT_EQ(item.GetFileName(), ioPath("a.raw"));
+  EXPECT_FALSE((dir_ / "a.raw").exists());
+  // Queued: a second check declines with a warning.
+  EXPECT_FALSE(item.CheckForSave("b.raw"));
+  EXPECT_EQ(item.GetFileName(), ioPath("a.raw"));
+
+  // Queued -> saved, swapped out.
+  EXPECT_FALSE(item.Save());
+  EXPECT_TRUE((dir_ / "a.raw").exists());
+  EXPECT_EQ(item.GetMemorySize(), 0u);
+
+  // Swapped out -> loaded back, keeping the file name.
+  const auto loaded = item.Get();
+  ASSERT_TRUE(loaded);
+  EXPECT_EQ(PackedBytes(*loaded), pixels);
+  EXPECT_EQ(item.GetFileName(), ioPath("a.raw"));
+
+  // Loaded back -> swapped out again without writing.
+  EXPECT_FALSE(item.CheckForSave("c.raw"));
+  EXPECT_EQ(item.GetMemorySize(), 0u);
+  EXPECT_FALSE((dir_ / "c.raw").exists());
+
+  // A reset deletes the file that no saved record names; one after queueing writes nothing.
+  item.Reset(Picture(2));
+  EXPECT_FALSE((dir_ / "a.raw").exists());
+  ASSERT_TRUE(item.CheckForSave("q.raw"));
+  const auto fresh = Picture(3);
+  item.Reset(fresh);
+  EXPECT_FALSE(item.Save());
+  EXPECT_FALSE((dir_ / "q.raw").exists());
+  EXPECT_EQ(item.Get(), fresh);
+
+  EXPECT_THAT(log_.Messages(google::GLOG_WARNING),
+              ElementsAre("Checking for saveb.raw: already queued for save as a.raw"));
+}
+
+TEST_F(FrameItemTest, ItemsWithoutPicturesHaveNothingToSaveOrLoad) {
+  FrameItem empty(dir_.path(), nullptr);
+  EXPECT_EQ(empty.GetInfo(), Conf::FrameInfo{});
+  EXPECT_FALSE(empty.CheckForSave("x"));
+  EXPECT_FALSE(empty.Save());
+  empty.LoadFrame();
+  EXPECT_FALSE(empty.Get());
+  EXPECT_THAT(log_.Messages(google::GLOG_ERROR), ElementsAre("Frame is dead, nothing to save"));
+}
+
+TEST_F(FrameItemTest, RecordHoldsNameAndGeometryAndBindsToTheSwapDirectory) {
+  FrameItem item(dir_.path(), Picture(1, {5, 3, 4, 3}));
+  ASSERT_TRUE(item.CheckForSave("s.raw"));
+  ASSERT_FALSE(item.Save());
+  Core::Property tree;
+  item.Serialize(Drevin::SerializerProperty::Create(tree));
+  const auto reader = Drevin::SerializerProperty::Create(std::as_const(tree));
+
+  // A full path in the record is reduced to its last component.
+  auto writer = Drevin::SerializerProperty::Create(tree);
+  writer->WriteString("FileName", "/elsewhere/deep/s.raw");
+  FrameItem copy(dir_.path(), nullptr);
+  copy.Deserialize(reader);
+  EXPECT_EQ(copy.GetFileName(), ioPath("s.raw"));
+  EXPECT_EQ(copy.GetInfo(), (Conf::FrameInfo{5, 3, 4, 3}));
+  EXPECT_EQ(copy.GetMemorySize(), 0u);
+  EXPECT_EQ(PackedBytes(*copy.Get()).size(), 45u);
+
+  writer->WriteString("FileName", "gone.raw");
+  FrameItem missing(dir_.path(), nullptr);
+  EXPECT_THROW(missing.Deserialize(reader), CanvaroException);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "canvaro/Undo/FrameStorage.h"
@@ -49,117 +50,108 @@ void Save(ICanvaroUndo& doc) {
   doc.WaitForPendingSaves();
 }
 
-// Checks a document of Edit whose swap files have failed; 0 when everything holds, else the
-// number of the first check that failed.
-int CheckFailedDocument(ICanvaroUndo& doc) {
-  if (!doc.GetFrameStorage().IsFailed()) return 1;
+// Checks a document of Edit whose swap files have failed.
+void ExpectFailedDocument(ICanvaroUndo& doc) {
+  EXPECT_TRUE(doc.GetFrameStorage().IsFailed());
   // Everything that needs no picture still answers.
-  if (doc.GetVideoCount() != 3 || doc.GetCurrentIndex() != 2) return 2;
-  if (doc.GetSettings(1).GetEffectsSettings().GetPackage().GetName() != "Big") return 3;
-  if (!(doc.GetVideoInfo(1) == Conf::FrameInfo{64, 64, 1, 1})) return 4;
-  if (doc.GetShapeActiveItemCount(ShapeType::All) != 1) return 5;
+  EXPECT_EQ(doc.GetVideoCount(), 3u);
+  EXPECT_EQ(doc.GetCurrentIndex(), 2u);
+  EXPECT_EQ(doc.GetSettings(1).GetEffectsSettings().GetPackage().GetName(), "Big");
+  EXPECT_EQ(doc.GetVideoInfo(1), (Conf::FrameInfo{64, 64, 1, 1}));
+  EXPECT_EQ(doc.GetShapeActiveItemCount(ShapeType::All), 1u);
   // Pictures do not, not even the one in force.
-  if (OutcomeOf([&] { doc.GetVideo(kCurrent); }) != Outcome::SwapFileFailure) return 6;
-  if (OutcomeOf([&] { doc.GetVideo(0); }) != Outcome::SwapFileFailure) return 7;
+  EXPECT_EQ(OutcomeOf([&] { doc.GetVideo(kCurrent); }), Outcome::SwapFileFailure);
+  EXPECT_EQ(OutcomeOf([&] { doc.GetVideo(0); }), Outcome::SwapFileFailure);
   // The error says which file failed and why, not just the exception's type.
   try {
     doc.GetVideo(0);
   } catch (const CanvaroException& e) {
-    const std::string text = e.what();
-    if (text.find(doc.GetFrameStorage().GetSwapDirectory().utf8()) == std::string::npos) return 13;
-    if (boost::get_error_info<TagCallStack>(e) == nullptr) return 14;
+    EXPECT_THAT(e.what(), testing::HasSubstr(doc.GetFrameStorage().GetSwapDirectory().utf8()));
+    EXPECT_NE(boost::get_error_info<TagCallStack>(e), nullptr);
   }
   // An undo that needs a picture fails as a whole: the step stays in force everywhere.
   const std::int32_t step = doc.GetUndoManager().GetCurrentStep();
-  if (OutcomeOf([&] { doc.Undo(); }) != Outcome::SwapFileFailure) return 8;
-  if (doc.GetCurrentIndex() != 2 || doc.GetUndoManager().GetCurrentStep() != step) return 9;
+  EXPECT_EQ(OutcomeOf([&] { doc.Undo(); }), Outcome::SwapFileFailure);
   // A new step needs its mask counted from the storage, which hands out nothing any more: the
   // edit fails before it changes what the document shows.
-  if (OutcomeOf([&] { doc.Add(Settings("After"), Picture(4), nullptr, NoMask()); }) !=
-      Outcome::SwapFileFailure) {
-    return 10;
-  }
-  if (doc.GetVideoCount() != 3 || doc.GetCurrentIndex() != 2) return 11;
-  if (doc.GetUndoManager().GetCurrentStep() != step) return 12;
-  return 0;
+  EXPECT_EQ(OutcomeOf([&] { doc.Add(Settings("After"), Picture(4), nullptr, NoMask()); }),
+            Outcome::SwapFileFailure);
+  EXPECT_EQ(doc.GetVideoCount(), 3u);
+  EXPECT_EQ(doc.GetCurrentIndex(), 2u);
+  EXPECT_EQ(doc.GetUndoManager().GetCurrentStep(), step);
 }
 
+// A document of Edit on the swap directory Swap().
 class SwapFaultTest : public testing::Test {
  protected:
+  SwapFaultTest() {
+    fs::create_directory(Swap().native());
+    doc_ = MakeDocument(Swap());
+    Edit(*doc_);
+  }
   ioPath Swap() const { return dir_ / "swap"; }
 
   TempDir dir_;
+  ICanvaroUndoPtr doc_;
 };
 
 TEST_F(SwapFaultTest, SwapDirectoryReplacedByAFileDuringASession) {
   // Directory permissions do not bind root, so the directory is made unusable for everyone by
   // putting a file in its place.
-  fs::create_directory(Swap().native());
-  auto doc = MakeDocument(Swap());
-  Edit(*doc);
   fs::rename(Swap().native(), (dir_ / "moved").native());
   std::ofstream(Swap().native()) << "not a directory";
-  Save(*doc);
-  EXPECT_EQ(CheckFailedDocument(*doc), 0);
-  doc.reset();
+  Save(*doc_);
+  ExpectFailedDocument(*doc_);
+  doc_.reset();
   EXPECT_FALSE(Swap().exists());
 }
 
 TEST_F(SwapFaultTest, SwapDirectoryRemovedAfterThePicturesWentToDisk) {
-  fs::create_directory(Swap().native());
-  auto doc = MakeDocument(Swap());
-  Edit(*doc);
-  Save(*doc);  // every picture is on disk now, none in memory
-  EXPECT_FALSE(doc->GetFrameStorage().IsFailed());
+  Save(*doc_);  // every picture is on disk now, none in memory
+  EXPECT_FALSE(doc_->GetFrameStorage().IsFailed());
   fs::remove_all(Swap().native());
-  EXPECT_EQ(OutcomeOf([&] { doc->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
-  EXPECT_EQ(CheckFailedDocument(*doc), 0);
+  EXPECT_EQ(OutcomeOf([&] { doc_->GetVideo(kCurrent); }), Outcome::SwapFileFailure);
+  ExpectFailedDocument(*doc_);
 }
 
 TEST_F(SwapFaultTest, RollbackThatNeedsALostPictureIsLoggedNotFatal) {
-  fs::create_directory(Swap().native());
-  auto doc = MakeDocument(Swap());
-  Edit(*doc);
-  Save(*doc);
+  Save(*doc_);
   LogCapture log;
   {
-    RAII::UndoTransactionGuard transaction(doc->GetTransactionManager(), /*commit=*/false);
-    doc->SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), nullptr);
-    doc->Add(Settings("Rolled back"), Picture(5), nullptr, NoMask());
+    RAII::UndoTransactionGuard transaction(doc_->GetTransactionManager(), /*commit=*/false);
+    doc_->SetShape(ShapeInfo(*LineInfo::Create(IToolsId::SHAPE_LINE)), nullptr);
+    doc_->Add(Settings("Rolled back"), Picture(5), nullptr, NoMask());
     fs::remove_all(Swap().native());
   }  // the rollback's undo needs "Last", whose file is gone
-  EXPECT_TRUE(doc->GetFrameStorage().IsFailed());
+  EXPECT_TRUE(doc_->GetFrameStorage().IsFailed());
   EXPECT_FALSE(log.Messages(google::GLOG_ERROR).empty());
   // The other participant was rolled back all the same.
-  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 1u);
-  EXPECT_EQ(doc->GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName(), "Rolled back");
+  EXPECT_EQ(doc_->GetShapeActiveItemCount(ShapeType::All), 1u);
+  EXPECT_EQ(doc_->GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName(), "Rolled back");
 }
 
 TEST_F(SwapFaultTest, WithoutASwapDirectoryNothingIsWrittenAnywhere) {
   const fs::path before = fs::current_path();
-  fs::current_path(dir_.path().native());
-  auto doc = MakeDocument(ioPath());
-  Edit(*doc);
+  fs::current_path(Swap().native());
+  doc_ = MakeDocument(ioPath());
+  Edit(*doc_);
   Core::Property tree;
-  EXPECT_EQ(OutcomeOf([&] { doc->Serialize(Drevin::SerializerProperty::Create(tree)); }),
+  EXPECT_EQ(OutcomeOf([&] { doc_->Serialize(Drevin::SerializerProperty::Create(tree)); }),
             Outcome::CanvaroError);
-  doc->WaitForPendingSaves();
-  EXPECT_TRUE(fs::is_empty(dir_.path().native()));
-  EXPECT_EQ(doc->GetVideoCount(), 3u);
-  EXPECT_NE(doc->GetVideo(0), nullptr);
+  doc_->WaitForPendingSaves();
+  EXPECT_TRUE(fs::is_empty(Swap().native()));
+  EXPECT_EQ(doc_->GetVideoCount(), 3u);
+  EXPECT_NE(doc_->GetVideo(0), nullptr);
   fs::current_path(before);
 }
 
 TEST_F(SwapFaultTest, SetReleasesThePicturesItReplaces) {
-  fs::create_directory(Swap().native());
-  auto doc = MakeDocument(Swap());
-  Edit(*doc);
-  const std::uint64_t size = doc->GetCoreSize();
+  const std::uint64_t size = doc_->GetCoreSize();
   auto mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {8, 6, 1, 1});
   mask->Fill(Proc::Color(9, 9, 9, 255));
-  for (int i = 0; i < 20; ++i) doc->Set(Settings("Set"), Picture(7), mask, NoMask());
-  EXPECT_LE(doc->GetCoreSize(), size + mask->GetBufferSize());
-  Save(*doc);
+  for (int i = 0; i < 20; ++i) doc_->Set(Settings("Set"), Picture(7), mask, NoMask());
+  EXPECT_LE(doc_->GetCoreSize(), size + mask->GetBufferSize());
+  Save(*doc_);
   // One file per picture still named: the three steps' pictures, the one mask, none replaced.
   std::size_t files = 0;
   for ([[maybe_unused]] const auto& entry : fs::directory_iterator(Swap().native())) ++files;
@@ -199,35 +191,32 @@ class DamagedSwapFileTest : public testing::Test {
   }
 };
 
-TEST_F(DamagedSwapFileTest, AnyMissingSwapFileFailsTheLoadWithTheSwapFileCode) {
+// A missing swap file fails the load with the swap file code. A truncated one does not (the load
+// reads names, not pictures): the damage shows when the picture is needed, and what needs no
+// picture still answers.
+TEST_F(DamagedSwapFileTest, AnyMissingOrTruncatedSwapFileFailsOnlyWhatNeedsIt) {
   const std::size_t count = SaveSession()->files.size();
   ASSERT_GE(count, 5u);  // pictures, mask strokes, a shape's picture
   for (std::size_t i = 0; i < count; ++i) {
-    const auto saved = SaveSession();
-    SCOPED_TRACE(saved->files[i]);
-    fs::remove((saved->dir / saved->files[i]).native());
-    EXPECT_EQ(OutcomeOf([&] { Load(*saved); }), Outcome::SwapFileFailure);
-  }
-}
-
-TEST_F(DamagedSwapFileTest, AnyTruncatedSwapFileFailsOnlyWhatNeedsIt) {
-  const std::size_t count = SaveSession()->files.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto saved = SaveSession();
-    SCOPED_TRACE(saved->files[i]);
-    const fs::path file = (saved->dir / saved->files[i]).native();
-    fs::resize_file(file, fs::file_size(file) / 2);
-    // The load reads names, not pictures: it succeeds, and the damage shows when the picture is
-    // needed.
-    ICanvaroUndoPtr doc;
-    ASSERT_EQ(OutcomeOf([&] { doc = Load(*saved); }), Outcome::Done);
-    const Outcome used = OutcomeOf([&] { ExerciseDocument(*doc); });
-    EXPECT_TRUE(used == Outcome::Done || used == Outcome::SwapFileFailure) << used;
-    // What needs no picture still answers.
-    EXPECT_GE(doc->GetVideoCount(), 3u);
-    EXPECT_EQ(doc->GetVideoInfo(0).width, 8);
-    EXPECT_EQ(doc->GetSettings(0).GetEffectsSettings().GetPackage().GetName(), "Source");
-    EXPECT_GE(doc->GetShapeItemCount(ShapeType::All), 3u);
+    for (const bool truncate : {false, true}) {
+      const auto saved = SaveSession();
+      SCOPED_TRACE(saved->files[i] + (truncate ? " truncated" : " missing"));
+      const fs::path file = (saved->dir / saved->files[i]).native();
+      if (!truncate) {
+        fs::remove(file);
+        EXPECT_EQ(OutcomeOf([&] { Load(*saved); }), Outcome::SwapFileFailure);
+        continue;
+      }
+      fs::resize_file(file, fs::file_size(file) / 2);
+      ICanvaroUndoPtr doc;
+      ASSERT_EQ(OutcomeOf([&] { doc = Load(*saved); }), Outcome::Done);
+      const Outcome used = OutcomeOf([&] { ExerciseDocument(*doc); });
+      EXPECT_TRUE(used == Outcome::Done || used == Outcome::SwapFileFailure) << used;
+      EXPECT_GE(doc->GetVideoCount(), 3u);
+      EXPECT_EQ(doc->GetVideoInfo(0).width, 8);
+      EXPECT_EQ(doc->GetSettings(0).GetEffectsSettings().GetPackage().GetName(), "Source");
+      EXPECT_GE(doc->GetShapeItemCount(ShapeType::All), 3u);
+    }
   }
 }
 
