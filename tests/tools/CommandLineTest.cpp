@@ -78,9 +78,8 @@ TEST_F(BrokenDocumentTest, MissingMalformedOrWronglyTypedDocumentsAreRefused) {
 
   // A string where the first item's frame index belongs.
   Kelbra::Core::Property tree = ReadTree(dir / "document.json");
-  auto* items = tree.Find("Items");
-  ASSERT_NE(items, nullptr);
-  std::get<Kelbra::Core::Property::Collection>(items->value)[0].SetString("FrameIndex", "zero");
+  std::get<Kelbra::Core::Property::Collection>(tree.Find("Items")->value)[0].SetString("FrameIndex",
+                                                                                       "zero");
   WriteTree(tree, dir / "typed.json");
   ExpectEveryReaderFails(dir / "typed.json",
                          "malformed document: Items[0].FrameIndex: holds string, expected int");

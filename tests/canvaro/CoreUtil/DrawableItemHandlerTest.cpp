@@ -1,8 +1,8 @@
 #include "canvaro/CoreUtil/DrawableItemHandler.h"
 
 #include <stdexcept>
-#include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <boost/exception/get_error_info.hpp>
 #include <boost/throw_exception.hpp>
@@ -13,6 +13,8 @@ namespace {
 
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
+using ::testing::HasSubstr;
+using ::testing::Pointee;
 
 // A class that inherits the interface without supporting it.
 class Unsupported : public DrawableItemHandler {};
@@ -24,15 +26,12 @@ void ExpectRefused(Call call) {
     ADD_FAILURE() << "the call returned";
   } catch (const std::logic_error& e) {
     EXPECT_STREQ(e.what(), "Undefined operation");
-    const auto* stack = boost::get_error_info<TagCallStack>(e);
-    ASSERT_NE(stack, nullptr);
-    const auto* file = boost::get_error_info<boost::throw_file>(e);
-    ASSERT_NE(file, nullptr);
-    EXPECT_NE(std::string(*file).find("DrawableItemHandler"), std::string::npos);
+    EXPECT_NE(boost::get_error_info<TagCallStack>(e), nullptr);
+    EXPECT_THAT(boost::get_error_info<boost::throw_file>(e),
+                Pointee(HasSubstr("DrawableItemHandler")));
     EXPECT_NE(boost::get_error_info<boost::throw_line>(e), nullptr);
-    const auto* function = boost::get_error_info<boost::throw_function>(e);
-    ASSERT_NE(function, nullptr);
-    EXPECT_NE(std::string(*function).find("DrawableFrameInfo"), std::string::npos);
+    EXPECT_THAT(boost::get_error_info<boost::throw_function>(e),
+                Pointee(HasSubstr("DrawableFrameInfo")));
   }
 }
 

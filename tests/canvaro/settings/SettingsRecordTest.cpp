@@ -148,10 +148,8 @@ TYPED_TEST(SettingsRecordTest, ReadsItsTextBackAndANodeWithoutKeysChangesNothing
 // ---- defaults and equality ----
 
 TEST(SettingsDefaultsTest, NewRecordsHoldTheDocumentedDefaults) {
-  const Initializer blender(kMaskType, Proc::Color::Black());
-  EXPECT_EQ(blender.GetOpacity(), 255);
-  EXPECT_EQ(blender.GetRangeMin(), 0);
-  EXPECT_EQ(blender.GetRangeMax(), 255);
+  EXPECT_EQ(Initializer(kMaskType, Proc::Color::Black()),
+            Blend(kMaskType, Proc::Color::Black(), 255, 0, 255));
 
   const MaskInfo mask;
   EXPECT_EQ(mask.GetLeft() | mask.GetRight() | mask.GetTop() | mask.GetBottom(), 0);
@@ -271,9 +269,8 @@ TEST(SettingsSharingTest, MutableEffectsAreSharedEverythingElseIsCloned) {
 
 TEST(SettingsRecordFieldsTest, ColoursAndEightBitFieldsOfAnyStoredIntegerReadBack) {
   // A colour with the high bit set is a negative entry.
-  Core::Property tree;
   const Initializer white(kMaskType, Proc::Color(255, 255, 255, 255));
-  white.Serialize(Drevin::SerializerProperty::Create(tree));
+  Core::Property tree = Core::PropertySerializer::FromString(Text(white));
   EXPECT_EQ(tree.GetInt("keyBlenderSettingsMaskColor"), -1);
   Initializer read(Initializer::DEFAULT, Proc::Color::Black());
   read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
@@ -296,11 +293,10 @@ TEST(SettingsRecordFieldsTest, AStoredPainterCannotBeReadBack) {
       10, 50, 20, 60, MaskInfo::MaskInfoEx(canvaro_test::TestPainter::Make(12), SomeBlender()));
   EXPECT_THAT(Text(withPainter),
               ::testing::HasSubstr(R"({"key":"Painter","node":{"class":"TestPainter",)"));
-  Core::Property maskTree;
-  withPainter.Serialize(Drevin::SerializerProperty::Create(maskTree));
+  const Core::Property maskTree = Core::PropertySerializer::FromString(Text(withPainter));
   MaskInfo mask;
   canvaro_test::ExpectNotImplemented(
-      [&] { mask.Deserialize(Drevin::SerializerProperty::Create(std::as_const(maskTree))); });
+      [&] { mask.Deserialize(Drevin::SerializerProperty::Create(maskTree)); });
   EXPECT_EQ(mask.GetLeft(), 10);
   EXPECT_EQ(mask.GetInfoEx().GetBlender(), MaskInfo().GetInfoEx().GetBlender());
   canvaro_test::ExpectNotImplemented(

@@ -18,7 +18,6 @@ using namespace Kelbra::Canvaro;
 using canvaro_test::kTestShapeType;
 using canvaro_test::TestShape;
 using canvaro_test::TestShapeRendering;
-using ::testing::DoubleNear;
 using ::testing::HasSubstr;
 using Kind = Proc::SettingsEffectTranspose;
 
@@ -43,9 +42,7 @@ TEST(ShapeRecordTest, PositionsFollowQuarterTurnsAndCrops) {
                         Case{Kind::Rotate270, 0.1, 0.8, -90}, Case{Kind::None, 0.2, 0.1, 0}}) {
     PositionType p = At(0.2, 0.1, 0);
     p.Transpose(Kind(c.kind));
-    EXPECT_THAT(p.GetX(), DoubleNear(c.x, 1e-12)) << c.kind;
-    EXPECT_THAT(p.GetY(), DoubleNear(c.y, 1e-12)) << c.kind;
-    EXPECT_THAT(p.GetAngle(), DoubleNear(c.angle, 1e-12)) << c.kind;
+    EXPECT_TRUE(p == At(c.x, c.y, c.angle)) << c.kind;
   }
   PositionType p = At(0.3, 0.7, 45);
   for (int i = 0; i < 4; ++i) p.Transpose(Kind(Kind::Rotate90));
@@ -58,9 +55,7 @@ TEST(ShapeRecordTest, PositionsFollowQuarterTurnsAndCrops) {
   const Conf::FrameInfo frame{1000, 500, 1, 1};
   PositionType outside = At(0.1, 0.9, 30);
   outside.Crop(frame, ROI{250, 100, 500, 200});
-  EXPECT_DOUBLE_EQ(outside.GetX(), -0.3);
-  EXPECT_DOUBLE_EQ(outside.GetY(), 1.75);
-  EXPECT_EQ(outside.GetAngle(), 30);
+  EXPECT_TRUE(outside == At(-0.3, 1.75, 30));
   PositionType empty = At(0.1, 0.9, 0);
   empty.Crop(frame, ROI{0, 0, 0, 0});
   EXPECT_TRUE(empty == At(0.1, 0.9, 0));
@@ -92,12 +87,10 @@ TEST(ShapeRecordTest, HandlesCloneRecordsShareCopiesAndTransformIntoNewHandles) 
   handle->GetPosition().SetX(0.25);
   const ShapeInfo moved(ShapeInfoBaseConstPtr(handle.GetImpl()));
   const ShapeInfo turned = moved.Transpose(frame, Kind(Kind::Rotate270));
-  EXPECT_DOUBLE_EQ(turned->GetPosition().GetX(), 0.5);
-  EXPECT_DOUBLE_EQ(turned->GetPosition().GetY(), 0.75);
+  EXPECT_TRUE(turned->GetPosition() == At(0.5, 0.75, -90));
   EXPECT_EQ(As(turned).turns, 3);
   const ShapeInfo cropped = turned.Crop(frame, ROI{0, 0, 400, 300});
-  EXPECT_DOUBLE_EQ(cropped->GetPosition().GetX(), 1.0);
-  EXPECT_DOUBLE_EQ(cropped->GetPosition().GetY(), 1.5);
+  EXPECT_TRUE(cropped->GetPosition() == At(1.0, 1.5, -90));
   EXPECT_DOUBLE_EQ(As(cropped).width, 4.0);
   const ShapeInfo resized = cropped.Resize(frame, Conf::FrameInfo{400, 300, 1, 1});
   EXPECT_DOUBLE_EQ(As(resized).width, 2.0);
