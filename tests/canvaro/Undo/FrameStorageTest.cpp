@@ -8,7 +8,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <random>
 #include <set>
 #include <stdexcept>
@@ -25,6 +24,7 @@
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/LogCapture.h"
+#include "support/Outcome.h"
 #include "support/Pictures.h"
 #include "support/TempDir.h"
 
@@ -41,13 +41,13 @@ namespace {
 
 using namespace Kelbra;
 namespace fs = std::filesystem;
-using Canvaro::CanvaroError;
 using Canvaro::CanvaroException;
 using Canvaro::FrameItem;
 using Canvaro::FrameStorage;
-using Canvaro::TagCanvaroErrorCode;
 using canvaro_test::LogCapture;
 using canvaro_test::MakePatternPicture;
+using canvaro_test::Outcome;
+using canvaro_test::OutcomeOf;
 using canvaro_test::PackedBytes;
 using testing::ElementsAre;
 
@@ -62,19 +62,6 @@ struct Names {
 Proc::IDataVideoPtr Picture(unsigned seed, Conf::FrameInfo info = {7, 5, 1, 1}) {
   return MakePatternPicture(Proc::PixFmt::RGB24, info, seed);
 }
-
-// The code of the CanvaroException that `call` throws; none when it returns or the code is missing.
-std::optional<CanvaroError> CodeOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const CanvaroException& e) {
-    const CanvaroError* code = boost::get_error_info<TagCanvaroErrorCode>(e);
-    if (code != nullptr) return *code;
-  }
-  return std::nullopt;
-}
-
-constexpr CanvaroError kSwapFailure = CanvaroError::SwapFileFailure;
 
 class FrameStorageTest : public testing::Test {
  protected:
@@ -236,7 +223,7 @@ TEST_F(FrameStorageTest, SerializeQueuesEveryFrameAndRecordsNamesAndGeometry) {
   // Loading stops at the first record whose file is missing, without failing the storage.
   fs::remove((dir_ / "f2").native());
   FrameStorage third(dir_.path(), names_.Generator());
-  EXPECT_EQ(CodeOf([&] { third.Deserialize(reader); }), kSwapFailure);
+  EXPECT_EQ(OutcomeOf([&] { third.Deserialize(reader); }), Outcome::SwapFileFailure);
   EXPECT_EQ(third.GetCount(), 1u);
   EXPECT_FALSE(third.IsFailed());
 }
@@ -269,7 +256,7 @@ TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
   EXPECT_TRUE(other.GetFileName(1).empty());
 
   // Out-of-range frames are refused with a code, not read from freed memory.
-  EXPECT_EQ(CodeOf([&] { storage.GetFrame(3); }), CanvaroError::InvalidArgument);
+  EXPECT_EQ(OutcomeOf([&] { storage.GetFrame(3); }), Outcome::CanvaroError);
 }
 
 // A swap directory that is missing or cannot be written to, or a written swap file removed or cut
@@ -290,9 +277,9 @@ TEST_F(FrameStorageTest, UnusableSwapDirectoriesAndDamagedFilesFailTheStorage) {
     const auto file = (swap / storage.GetFileName(0)).native();
     if (swap == cut) fs::resize_file(file, fs::file_size(file) - 1);
     if (swap == removed) fs::remove(file);
-    EXPECT_EQ(CodeOf([&] { storage.GetFrame(0); }), kSwapFailure) << swap;
+    EXPECT_EQ(OutcomeOf([&] { storage.GetFrame(0); }), Outcome::SwapFileFailure) << swap;
     EXPECT_TRUE(storage.IsFailed()) << swap;
-    EXPECT_EQ(CodeOf([&] { storage.GetFrame(1); }), kSwapFailure) << swap;
+    EXPECT_EQ(OutcomeOf([&] { storage.GetFrame(1); }), Outcome::SwapFileFailure) << swap;
   }
 }
 
@@ -317,7 +304,7 @@ TEST_F(FrameStorageTest, FileSizeLimitFailsTheStorageWithoutCrashing) {
         if (!storage.IsFailed()) return 1;
         if (!(swap / "f0").exists() || !(swap / "f2").exists()) return 2;
         if ((swap / "f1").exists()) return 3;  // never half written
-        if (CodeOf([&] { storage.GetFrame(0); }) != kSwapFailure) return 4;
+        if (OutcomeOf([&] { storage.GetFrame(0); }) != Outcome::SwapFileFailure) return 4;
       }
       return swap.exists() ? 5 : 0;
     }());
@@ -404,7 +391,7 @@ TEST_F(FrameStorageTest, ShapePictureInAnOpenTransactionSurvivesTheNextEdit) {
 
 class FrameItemTest : public FrameStorageTest {};
 
-TEST_F(FrameItemTest, WalksThroughTheStatesOfASwapAndAReset) {
+TEST_F(FrameItemTest, WalksThroughTheStatesOfASwapAndAResetAndEmptyItemsDoNothing) {
   const auto picture = Picture(1);
   const std::string pixels = PackedBytes(*picture);
   FrameItem item(dir_.path(), picture);
@@ -447,9 +434,8 @@ TEST_F(FrameItemTest, WalksThroughTheStatesOfASwapAndAReset) {
 
   EXPECT_THAT(log_.Messages(google::GLOG_WARNING),
               ElementsAre("Checking for saveb.raw: already queued for save as a.raw"));
-}
 
-TEST_F(FrameItemTest, ItemsWithoutPicturesHaveNothingToSaveOrLoad) {
+  // An item without a picture has nothing to save or load.
   FrameItem empty(dir_.path(), nullptr);
   EXPECT_EQ(empty.GetInfo(), Conf::FrameInfo{});
   EXPECT_FALSE(empty.CheckForSave("x"));

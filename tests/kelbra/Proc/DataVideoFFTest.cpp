@@ -43,7 +43,7 @@ TEST_P(EveryFormat, PlanesCoverExactlyWhatLibavutilSaysThePictureNeeds) {
   }
 }
 
-TEST_P(EveryFormat, FillWritesOnlyPixelBytesAndTheSameBytesEachTime) {
+TEST_P(EveryFormat, FillWritesOnlyPixelBytesTheSameEachTimeAndCopiesAreEqualAndIndependent) {
   const PixFmt format = GetParam();
   const Conf::FrameInfo info{13, 7, 1, 1};
   const auto first = MakePatternPicture(format, info, 1);
@@ -61,14 +61,12 @@ TEST_P(EveryFormat, FillWritesOnlyPixelBytesAndTheSameBytesEachTime) {
       }
     }
   }
-}
-
-TEST_P(EveryFormat, CopyIsEqualAndIndependent) {
-  const auto picture = MakePatternPicture(GetParam(), {11, 9, 1, 1}, 5);
+  // A copy of a patterned picture is equal and independent.
+  const auto picture = MakePatternPicture(format, {11, 9, 1, 1}, 5);
   picture->SetPosition(123);
   picture->SetDuration(456);
   const auto copy = Proc::CopyDataVideo(*picture);
-  EXPECT_EQ(copy->GetPixFmt(), GetParam());
+  EXPECT_EQ(copy->GetPixFmt(), format);
   EXPECT_EQ(copy->GetPosition(), 123);
   EXPECT_EQ(copy->GetDuration(), 456);
   EXPECT_EQ(PackedBytes(*copy), PackedBytes(*picture));
