@@ -18,6 +18,8 @@ enum class Outcome {
   Done,             // no exception
   SwapFileFailure,  // CanvaroException with CanvaroError::SwapFileFailure
   InvalidDocument,  // CanvaroException with CanvaroError::InvalidDocument
+  InvalidArgument,  // CanvaroException with CanvaroError::InvalidArgument
+  InvalidState,     // CanvaroException with CanvaroError::InvalidState
   CanvaroError,     // CanvaroException with another code or none
   WrongType,        // Core::WrongTypeIsRequested
   PropertyError,    // any other Core::PropertyException
@@ -26,9 +28,9 @@ enum class Outcome {
 };
 
 inline std::ostream& operator<<(std::ostream& out, Outcome outcome) {
-  static const char* const kNames[] = {"Done",         "SwapFileFailure", "InvalidDocument",
-                                       "CanvaroError", "WrongType",       "PropertyError",
-                                       "FileError",    "CoreError"};
+  static const char* const kNames[] = {
+      "Done",         "SwapFileFailure", "InvalidDocument", "InvalidArgument", "InvalidState",
+      "CanvaroError", "WrongType",       "PropertyError",   "FileError",       "CoreError"};
   return out << kNames[static_cast<int>(outcome)];
 }
 
@@ -41,6 +43,8 @@ inline Outcome OutcomeOf(const std::function<void()>& call) {
     if (code == nullptr) return Outcome::CanvaroError;
     if (*code == Canvaro::CanvaroError::SwapFileFailure) return Outcome::SwapFileFailure;
     if (*code == Canvaro::CanvaroError::InvalidDocument) return Outcome::InvalidDocument;
+    if (*code == Canvaro::CanvaroError::InvalidArgument) return Outcome::InvalidArgument;
+    if (*code == Canvaro::CanvaroError::InvalidState) return Outcome::InvalidState;
     return Outcome::CanvaroError;
   } catch (const Core::WrongTypeIsRequested&) {
     return Outcome::WrongType;

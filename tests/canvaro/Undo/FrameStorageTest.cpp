@@ -256,7 +256,7 @@ TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
   EXPECT_TRUE(other.GetFileName(1).empty());
 
   // Out-of-range frames are refused with a code, not read from freed memory.
-  EXPECT_EQ(OutcomeOf([&] { storage.GetFrame(3); }), Outcome::CanvaroError);
+  EXPECT_EQ(OutcomeOf([&] { storage.GetFrame(3); }), Outcome::InvalidArgument);
 }
 
 // A swap directory that is missing or cannot be written to, or a written swap file removed or cut

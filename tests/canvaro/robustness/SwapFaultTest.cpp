@@ -137,7 +137,7 @@ TEST_F(SwapFaultTest, WithoutASwapDirectoryNothingIsWrittenAnywhere) {
   Edit(*doc_);
   Core::Property tree;
   EXPECT_EQ(OutcomeOf([&] { doc_->Serialize(Drevin::SerializerProperty::Create(tree)); }),
-            Outcome::CanvaroError);
+            Outcome::InvalidState);
   doc_->WaitForPendingSaves();
   EXPECT_TRUE(fs::is_empty(Swap().native()));
   EXPECT_EQ(doc_->GetVideoCount(), 3u);
