@@ -109,7 +109,6 @@ TEST_F(CanvaroUndoEditTest, MaskStrokesAreStepsUndoneBeforeTheItemUnderThem) {
   // Undo takes the strokes back first, naming the tool of the stroke undone.
   doc->Undo();
   EXPECT_THAT(observer.log, ElementsAre("undo", "save", "tool 0", "frame 1"));
-  EXPECT_EQ(doc->GetCurrentIndex(), 1u);
   doc->Undo();
 
   // Then the item itself.
@@ -166,7 +165,6 @@ TEST_F(CanvaroUndoEditTest, AddAfterUndoDropsEveryRedoTailAndItsFrames) {
   // shape's picture (the stroke's) are gone. The picture stays: the shape's hidden first state
   // still shows it (a fuzzer once found it dropped), and the storage drops only a tail.
   EXPECT_EQ(doc->GetFrameStorage().GetCount(), shapeFrame + 1 + framesOfOneStep);
-  EXPECT_EQ(doc->GetShapeActiveItemCount(ShapeType::All), 0u);
   EXPECT_EQ(Pixels(doc->GetShapeItemVideo(0, kCurrent)), Pixels(Picture(9, 2, 2)));
 }
 
