@@ -186,7 +186,6 @@ TEST_F(CanvaroUndoEditTest, QueriesAnswerForTheItemInForceOrTheOneNamed) {
   EXPECT_EQ(doc->GetSameSettingsIndex(portrait.GetEffectsSettings()), 0u);
   EXPECT_EQ(doc->GetPackageIndex("Sketch"), kCurrent);  // its package index is -1
   EXPECT_EQ(doc->GetPackageIndex("Portrait"), kCurrent);
-  EXPECT_EQ(doc->GetVideoCount(), 3u);
 
   const auto used = doc->GetUsedFrameIndexList();
   ASSERT_EQ(used.size(), 1u);
