@@ -14,7 +14,6 @@
 #include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/shapes/LineInfo.h"
 #include "canvaro/shapes/RectangleInfo.h"
-#include "kelbra/Core/FileSystem.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"

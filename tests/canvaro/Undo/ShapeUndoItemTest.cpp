@@ -5,12 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "canvaro/shapes/ArrowInfo.h"
 #include "canvaro/shapes/LineInfo.h"
-#include "canvaro/shapes/TextInfo.h"
-#include "kelbra/Core/Property.h"
-#include "kelbra/Core/PropertySerializer.h"
-#include "kelbra/Drevin/SerializerProperty.h"
 #include "support/RecordingObserver.h"
 
 namespace {

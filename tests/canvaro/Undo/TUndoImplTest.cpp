@@ -1,18 +1,16 @@
 #include "canvaro/Undo/TUndoImpl.h"
 
-#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "canvaro/foundation/CanvaroException.h"
-#include "canvaro/shapes/ShapeInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
-#include "support/TestShape.h"
 
 namespace {
 

@@ -19,7 +19,6 @@
 #include "support/Outcome.h"
 #include "support/RecordingObserver.h"
 #include "support/TempDir.h"
-#include "support/TestShape.h"
 
 namespace {
 
