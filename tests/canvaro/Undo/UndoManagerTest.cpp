@@ -226,7 +226,8 @@ TEST_F(UndoManagerTest, EventsRaisedDuringUndoArriveOnceAtTheEndEvenIfAParticipa
   a_.raises = b_.raises = true;
   observer_.log.clear();
 
-  // One delivery once both are undone: a single frame event for the two.
+  // One delivery once both are undone (B first): a single frame event for the two.
+  a_.onUndo = [&] { EXPECT_THAT(observer_.log, IsEmpty()); };
   manager_->Undo();
   EXPECT_THAT(observer_.log, ElementsAre("undo", "tool 1", "frame 1", "shape 1", "shape 1"));
 
