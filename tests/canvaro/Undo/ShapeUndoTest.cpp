@@ -264,7 +264,9 @@ TEST_F(ShapeUndoTest, SetSavedChangesOneItemAtATime) {
   shapes_.SetSaved(true);
   EXPECT_TRUE(Current(0)->IsSaved());
   EXPECT_FALSE(Current(1)->IsSaved());
+  EXPECT_FALSE(shapes_.IsSaved());
   shapes_.SetSaved(true);
+  EXPECT_TRUE(shapes_.IsSaved());
   shapes_.SetSaved(false);
   EXPECT_FALSE(Current(0)->IsSaved());
   EXPECT_TRUE(Current(1)->IsSaved());
