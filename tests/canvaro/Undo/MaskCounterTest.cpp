@@ -61,26 +61,13 @@ TEST(MaskCounterTest, GetSumsTheListedValuesOrGivesTheTotal) {
 
   MaskCounter reset = counter;
   reset.Reset();
-  EXPECT_EQ(reset.Get({}), 0u);
-  EXPECT_EQ(reset.Get({7, 90, 255}), 0u);
   EXPECT_EQ(reset, MaskCounter());
 }
 
 TEST(MaskCounterTest, WritesTotalAndNonZeroCountersInValueOrder) {
   MaskCounter counter = SomeCounts();
-  const Core::Property tree = Write(counter);
-  EXPECT_EQ(tree.GetInt64("PixelCount"), 6);
-  const auto& list = tree.GetCollection("PixelCountDetail");
-  ASSERT_EQ(list.size(), 3u);
-  const std::int64_t expected[][2] = {{7, 3}, {90, 2}, {255, 1}};
-  for (std::size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(list[i].GetInt64("PixelCountDetailId"), expected[i][0]);
-    EXPECT_EQ(list[i].GetInt64("PixelCountDetailVal"), expected[i][1]);
-  }
-
-  const Core::Property empty = Write(MaskCounter());
-  EXPECT_EQ(empty.GetInt64("PixelCount"), 0);
-  EXPECT_TRUE(empty.GetCollection("PixelCountDetail").empty());
+  EXPECT_EQ(Write(counter), DetailRecord(6, {{7, 3}, {90, 2}, {255, 1}}));
+  EXPECT_EQ(Write(MaskCounter()), DetailRecord(0, {}));
 
   // Counts beyond 32 bits, and beyond the signed range of the stored entries, read back.
   counter.Add(1, std::uint64_t{5} << 40);
@@ -125,13 +112,9 @@ TEST(MaskCounterTest, BadRecordsThrowAndLeaveTheCounterAlone) {
                 Read(counter, DetailRecord(10, {{7, 1}, {256, 9}}));
               }),
               ::testing::HasSubstr("256"));
-  EXPECT_EQ(counter, before);
-
-  EXPECT_THROW(Read(counter, DetailRecord(10, {{-1, 9}})), CanvaroException);
-  EXPECT_EQ(counter, before);
-
   Core::Property wrongType;
   wrongType.SetString("PixelCount", "many");
+  EXPECT_THROW(Read(counter, DetailRecord(10, {{-1, 9}})), CanvaroException);
   EXPECT_THROW(Read(counter, wrongType), Core::WrongTypeIsRequested);
   EXPECT_EQ(counter, before);
 }

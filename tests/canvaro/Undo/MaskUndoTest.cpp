@@ -31,26 +31,25 @@ using Blender::IBlender;
 constexpr std::int32_t kWidth = 61;
 constexpr std::int32_t kHeight = 37;
 
-// The mask as the test expects it, kept independently of the history: one byte per pixel.
+// The mask as the test expects it, kept independently of the history: one byte per pixel, row
+// after row, as PackedBytes gives a mask picture's.
 struct Model {
   std::int32_t width = kWidth;
   std::int32_t height = kHeight;
-  std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(width * height, 0);
+  std::string bytes = std::string(width * height, '\0');
 
-  std::uint8_t& at(std::int32_t x, std::int32_t y) { return bytes[y * width + x]; }
+  char& at(std::int32_t x, std::int32_t y) { return bytes[y * width + x]; }
   // Paints `value` into the rectangle: every pixel, or a pattern that leaves some alone.
   Model Painted(const MaskInfo& rect, std::uint8_t value, bool solid = false) const {
     Model next = *this;
     for (std::int32_t y = std::max(rect.GetTop(), 0); y < std::min(rect.GetBottom(), height); ++y)
       for (std::int32_t x = std::max(rect.GetLeft(), 0); x < std::min(rect.GetRight(), width); ++x)
-        if (solid || (x * 7 + y * 3) % 5 != 0) next.at(x, y) = value;
+        if (solid || (x * 7 + y * 3) % 5 != 0) next.at(x, y) = static_cast<char>(value);
     return next;
   }
-  bool IsBlank() const {
-    return std::all_of(bytes.begin(), bytes.end(), [](auto b) { return !b; });
-  }
   std::uint64_t Count(std::uint8_t value) const {
-    return static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), value));
+    return static_cast<std::uint64_t>(
+        std::count(bytes.begin(), bytes.end(), static_cast<char>(value)));
   }
   Proc::CropInfo Box() const {
     Proc::CropInfo box;
@@ -65,11 +64,6 @@ struct Model {
     for (std::int32_t y = 0; y < height; ++y)
       std::memcpy(plane.GetOffsetPtr(0, y), &bytes[y * width], width);
     return picture;
-  }
-  // The bytes of a mask picture, row after row.
-  static std::vector<std::uint8_t> BytesOf(const Proc::IDataVideo& picture) {
-    const std::string packed = canvaro_test::PackedBytes(picture);
-    return {packed.begin(), packed.end()};
   }
 };
 
@@ -95,11 +89,11 @@ class MaskUndoTest : public ::testing::Test {
   void ExpectMask(const MaskUndo& mask, const Model& model, const std::string& where) {
     SCOPED_TRACE(where);
     const Proc::IDataVideoPtr working = Working(mask);
-    if (model.IsBlank()) {
+    if (model.Count(0) == model.bytes.size()) {
       EXPECT_EQ(working, nullptr) << "an unpainted mask stays in the storage";
     } else {
       ASSERT_NE(working, nullptr);
-      EXPECT_TRUE(Model::BytesOf(*working) == model.bytes) << "pixels differ";
+      EXPECT_TRUE(canvaro_test::PackedBytes(*working) == model.bytes) << "pixels differ";
     }
     EXPECT_EQ(mask.GetPixelCount({}), model.bytes.size() - model.Count(0));
     for (std::uint8_t value : {7, 90, 200})
@@ -163,14 +157,9 @@ TEST_P(MaskUndoScales, StrokesUndoAndRedoInAnyOrder) {
   for (int step = 0; step < 120; ++step) {
     const bool undo = random() % 2 == 0;
     const Index before = mask.GetCurrentIndexImpl();
-    if (undo) {
-      mask.UndoImpl();
-      EXPECT_EQ(mask.GetCurrentIndexImpl(), before == 0 ? 0 : before - 1);
-    } else {
-      mask.RedoImpl();
-      EXPECT_EQ(mask.GetCurrentIndexImpl(), before == 4 ? 4 : before + 1);
-    }
+    undo ? mask.UndoImpl() : mask.RedoImpl();
     const Index now = mask.GetCurrentIndexImpl();
+    EXPECT_EQ(now, undo ? std::max<Index>(before, 1) - 1 : std::min<Index>(before + 1, 4));
     ExpectMask(mask, s.states[now], "step " + std::to_string(step));
     EXPECT_EQ(mask.GetInfo().GetLeft(), s.infos[now].GetLeft());
     EXPECT_EQ(mask.GetInfo().GetBottom(), s.infos[now].GetBottom());
@@ -303,7 +292,7 @@ TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
   EXPECT_TRUE(loaded.IsSaved());
   EXPECT_EQ(loaded.GetInfo().GetTop(), s.infos[3].GetTop());
   EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
-  EXPECT_EQ(Model::BytesOf(*Working(loaded)), s.states[3].bytes);
+  EXPECT_EQ(canvaro_test::PackedBytes(*Working(loaded)), s.states[3].bytes);
   loaded.UndoImpl();
   ExpectMask(loaded, s.states[2], "loaded, undone");
   loaded.RedoImpl();

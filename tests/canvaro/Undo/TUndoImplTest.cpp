@@ -1,16 +1,16 @@
 #include "canvaro/Undo/TUndoImpl.h"
 
-#include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "canvaro/foundation/CanvaroException.h"
-#include "canvaro/shapes/ShapeInfo.h"
 #include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
-#include "support/TestShape.h"
 
 namespace {
 
@@ -74,28 +74,26 @@ TEST(TUndoImplTest, IncompleteOrBadSavesLeaveTheHistoryAlone) {
   History history(nullptr);
   history.Push(Note("a"));
   history.Push(Note("b"));
+  const auto load = [&](std::string_view text) {
+    const Core::Property tree = Core::PropertySerializer::FromString(text);
+    history.Deserialize(Drevin::SerializerProperty::Create(tree));
+  };
 
-  Core::Property noItems;
-  noItems.SetInt("Index", 0);
-  history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(noItems)));
+  // Without items, without an index or without a record at all: ignored.
+  load(R"({"entries": [{"key": "Index", "int": 0}]})");
+  load(R"({"entries": [{"key": "Items", "collection": [{"entries": []}]}]})");
   history.Deserialize(nullptr);
-  Core::Property noIndex;
-  noIndex.AddCollection("Items").emplace_back();
-  history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(noIndex)));
   EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
   EXPECT_EQ(history.GetCurrentIndexImpl(), 1u);
 
-  Core::Property outside;
-  outside.SetInt("Index", 1);
-  outside.AddCollection("Items").emplace_back().AddChild("Info").SetString("Text", "x");
-  EXPECT_THROW(history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(outside))),
+  // An index past the items: refused.
+  EXPECT_THROW(load(R"({"entries": [{"key": "Index", "int": 1}, {"key": "Items", "collection": [
+                   {"entries": [{"key": "Info", "node": {"entries": [
+                     {"key": "Text", "string": "x"}]}}]}]}]})"),
                CanvaroException);
   EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
 
-  Core::Property empty;
-  empty.SetInt("Index", -1);
-  empty.AddCollection("Items");
-  history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(empty)));
+  load(R"({"entries": [{"key": "Index", "int": -1}, {"key": "Items", "collection": []}]})");
   EXPECT_EQ(history.GetItemCount(), 0u);
   EXPECT_EQ(history.GetCurrentIndexImpl(), kNoIndex);
 }
