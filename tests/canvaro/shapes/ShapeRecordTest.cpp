@@ -1,11 +1,17 @@
 // What every shape record shares beneath its kind: the position's arithmetic, the kind registry,
-// and the copy-on-write handle. The keys, defaults, round trip, equality (positions' included) and
-// Reset of the records are checked over all kinds in ShapeInfoTTest.
+// the copy-on-write handle, and the edges of the shared geometry (pictures without area, strokes
+// that would scale below one pixel, text fonts). The keys, defaults, round trip, equality
+// (positions' included), Reset and the geometry itself are checked over all kinds in
+// ShapeInfoTTest.
+#include <limits>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "canvaro/foundation/CanvaroException.h"
+#include "canvaro/shapes/IRenderingType.h"
 #include "canvaro/shapes/ShapeInfo.h"
+#include "canvaro/shapes/TextInfo.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/Errors.h"
@@ -123,6 +129,56 @@ TEST(ShapeRecordTest, EmptyHandlesAreHarmlessAndUnknownOrMissingClassIdsAreRefus
         [&] { read.Deserialize(Drevin::SerializerProperty::Create(std::as_const(*node))); });
     EXPECT_THAT(text, HasSubstr(node == &unknown ? "'CircleInfo'" : "class id ''"));
     EXPECT_EQ(read.GetImpl(), kept);
+  }
+}
+
+TEST(ShapeRecordTest, APictureWithoutAreaHasNoAspectToChange) {
+  EXPECT_EQ(IRenderingType::GetTransposeAspect({0, 100, 1, 1}, Kind(Kind::Rotate90)), -1);
+  EXPECT_EQ(IRenderingType::GetTransposeAspect({100, 0, 1, 1}, Kind(Kind::Rotate90)), -1);
+}
+
+TEST(ShapeRecordTest, TheStrokeNeverGetsThinnerThanOnePixel) {
+  PositionType position;
+  double w = 0.5;
+  double h = 0.5;
+  unsigned none = 0;
+  IRenderingType::ResizeImpl({400, 300, 1, 1}, {400, 300, 1, 1}, w, h, position, none);
+  EXPECT_EQ(none, 1u);
+  unsigned thin = 1;
+  IRenderingType::ResizeImpl({4000, 3000, 1, 1}, {400, 300, 1, 1}, w, h, position, thin);
+  EXPECT_EQ(thin, 1u);
+  unsigned huge = std::numeric_limits<unsigned>::max();
+  IRenderingType::ResizeImpl({100, 100, 1, 1}, {1000, 1000, 1, 1}, w, h, position, huge);
+  EXPECT_EQ(huge, std::numeric_limits<unsigned>::max());
+}
+
+// A resize scales a text's font with the measured box (how turned text scales under uneven
+// resizes is checked over every kind).
+TEST(ShapeRecordTest, ResizeScalesTheFontCutToWholePointsAndNeverBelowTen) {
+  struct Case {
+    int fontSize;
+    double width;  // of the measured box; 0 when unmeasured
+    int side;      // of the resized picture, from 1000
+    int expected;
+  };
+  // 96 * 0.7 = 67.2 and 14 * 0.75 = 10.5 are cut, 14 / 2 = 7 becomes 10, and an unmeasured box
+  // still scales the font.
+  const Case cases[] = {{96, 300, 500, 48}, {96, 300, 700, 67}, {14, 300, 500, 10},
+                        {14, 300, 750, 10}, {14, 300, 800, 11}, {40, 0, 3000, 120}};
+  for (const Case& c : cases) {
+    auto measured = boost::static_pointer_cast<TextInfo>(TextInfo::Create(IToolsId::TEXT));
+    measured->GetRendering().SetText("Label");
+    measured->GetRendering().SetWidth(c.width);
+    measured->GetRendering().SetHeight(c.width / 4);
+    measured->GetRendering().SetFontSize(c.fontSize);
+    const ShapeInfo text(*measured);
+    const ShapeInfo resized = text.Resize({1000, 1000, 1, 1}, {c.side, c.side, 1, 1});
+    const auto rendering = [](const ShapeInfo& shape) {
+      return static_cast<const TextInfo&>(*shape.GetImpl()).GetRendering();
+    };
+    EXPECT_EQ(rendering(resized).GetFontSize(), c.expected) << c.fontSize << " to " << c.side;
+    EXPECT_EQ(rendering(resized).GetText(), "Label");
+    EXPECT_EQ(rendering(text).GetWidth(), c.width) << "the original is untouched";
   }
 }
 
