@@ -26,14 +26,11 @@
 #include <string>
 #include <string_view>
 
+#include "support/TempDir.h"
+
 namespace canvaro_fuzz {
 
 namespace fs = std::filesystem;
-
-inline std::string ReadBytes(const fs::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 inline void WriteBytes(const fs::path& file, std::string_view bytes) {
   std::ofstream(file, std::ios::binary)
@@ -51,7 +48,7 @@ inline Files ReadTree(const fs::path& folder) {
     if (entry.is_directory()) {
       files[name + "/"] = "";
     } else {
-      files[name] = ReadBytes(entry.path());
+      files[name] = canvaro_test::ReadFile(entry.path());
     }
   }
   return files;
@@ -112,7 +109,8 @@ class ScratchArea {
       if (name != "sentinel" && !allowed_.contains(name)) Violation("new entry " + name);
     }
     const auto files = std::distance(fs::directory_iterator(root_ / "sentinel"), {});
-    if (files != 2 || ReadBytes(root_ / "sentinel" / "a.raw") != std::string(kSentinelSize, 's')) {
+    if (files != 2 ||
+        canvaro_test::ReadFile(root_ / "sentinel" / "a.raw") != std::string(kSentinelSize, 's')) {
       Violation("the sentinel folder changed");
     }
     Events();  // the reads of this check

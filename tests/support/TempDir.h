@@ -1,10 +1,16 @@
 // A fresh directory under the system's temporary directory, removed with everything in it when
-// the object goes.
+// the object goes; and the whole bytes of a file, for tests that look at what was written.
 #pragma once
+
+#include <filesystem>
+#include <string>
 
 #include "kelbra/Path.h"
 
 namespace canvaro_test {
+
+// Every byte of `file`; empty when it cannot be read.
+std::string ReadFile(const std::filesystem::path& file);
 
 class TempDir {
  public:

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -45,7 +46,7 @@ class DemoOutputTest : public ::testing::Test {
   }
 
   static Kelbra::Core::Property ReadTree(const std::filesystem::path& file) {
-    return Kelbra::Core::PropertySerializer::FromString(ReadWholeFile(file));
+    return Kelbra::Core::PropertySerializer::FromString(ReadFile(file));
   }
   static void WriteTree(const Kelbra::Core::Property& tree, const std::filesystem::path& file) {
     std::ofstream(file, std::ios::binary | std::ios::trunc)

@@ -16,8 +16,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -32,13 +30,6 @@ struct ToolRun {
   std::string out;
   std::string err;
 };
-
-inline std::string ReadWholeFile(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 inline ToolRun RunTool(const std::vector<std::string>& args) {
   TempDir scratch;
@@ -63,8 +54,8 @@ inline ToolRun RunTool(const std::vector<std::string>& args) {
   if (child > 0 && waitpid(child, &status, 0) == child) {
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   }
-  run.out = ReadWholeFile(outFile);
-  run.err = ReadWholeFile(errFile);
+  run.out = ReadFile(outFile);
+  run.err = ReadFile(errFile);
   return run;
 }
 

@@ -5,9 +5,7 @@
 // the library (fuzz/regressions/<target>/) are fed to their loaders again, to the same end.
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -188,11 +186,6 @@ std::vector<std::filesystem::path> Regressions(const std::string& target) {
   return files;
 }
 
-std::string Read(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 TEST(FuzzRegressionTest, SavedDocumentsLoadOrFailClearly) {
   const auto files = Regressions("document");
   ASSERT_FALSE(files.empty());
@@ -205,7 +198,7 @@ TEST(FuzzRegressionTest, SavedDocumentsLoadOrFailClearly) {
     // Any outcome but a crash or an undocumented exception (which would escape) will do.
     OutcomeOf([&] {
       doc->Deserialize(
-          Drevin::SerializerProperty::Create(Core::PropertySerializer::FromString(Read(file))));
+          Drevin::SerializerProperty::Create(Core::PropertySerializer::FromString(ReadFile(file))));
       ExerciseDocument(*doc);
     });
   }
@@ -216,7 +209,7 @@ TEST(FuzzRegressionTest, RawFramesLoadOrFailWithAFileError) {
     SCOPED_TRACE(file.filename().string());
     Proc::IDataVideoPtr frame;
     const Outcome outcome = OutcomeOf(
-        [&] { CoreUtil::LoadRawFrame(frame, Core::DataInputString::Create(Read(file))); });
+        [&] { CoreUtil::LoadRawFrame(frame, Core::DataInputString::Create(ReadFile(file))); });
     EXPECT_TRUE(outcome == Outcome::Done || outcome == Outcome::FileError) << outcome;
   }
 }

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <numeric>
 #include <stdexcept>
 #include <vector>
@@ -31,11 +30,6 @@ std::vector<char> Pattern(std::size_t size) {
   std::vector<char> bytes(size);
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 131 + i / 977);
   return bytes;
-}
-
-std::string ReadWhole(const ioPath& file) {
-  std::ifstream in(file.native(), std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 TEST(DataFileTest, ManySmallAndSomeLargeWritesReadBackExactly) {
@@ -106,7 +100,7 @@ TEST(DataFileTest, AtomicFileAppearsOnlyWhenClosed) {
     out->Flush();
     EXPECT_FALSE(file.exists());
     out->Close();
-    EXPECT_EQ(ReadWhole(file), "whole");
+    EXPECT_EQ(canvaro_test::ReadFile(file.native()), "whole");
   }
   try {
     // Dropped by an exception before Close: neither the target nor a temporary file stays.
@@ -119,7 +113,7 @@ TEST(DataFileTest, AtomicFileAppearsOnlyWhenClosed) {
   for (const auto mode : {Mode::Atomic, Mode::Direct}) {
     const ioPath dropped = dir / (mode == Mode::Atomic ? "dropped.raw" : "direct.raw");
     Core::DataOutputFile::Create(dropped, mode)->Write("kept", 4);
-    EXPECT_EQ(ReadWhole(dropped), "kept");
+    EXPECT_EQ(canvaro_test::ReadFile(dropped.native()), "kept");
   }
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(dir.path().native())) {
