@@ -23,6 +23,7 @@
 #include <iterator>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -33,8 +34,9 @@ namespace canvaro_fuzz {
 namespace fs = std::filesystem;
 
 inline void WriteBytes(const fs::path& file, std::string_view bytes) {
-  std::ofstream(file, std::ios::binary)
-      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  std::ofstream out(file, std::ios::binary);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (!out) throw std::runtime_error("cannot write " + file.string());
 }
 
 // The files and folders under a folder: path inside it -> bytes; a folder as "<path>/" with no

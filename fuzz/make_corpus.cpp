@@ -10,9 +10,7 @@
 // Usage: make_fuzz_corpus <corpus directory>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -27,12 +25,6 @@ namespace {
 
 using namespace Kelbra;
 namespace fs = std::filesystem;
-
-void WriteFile(const fs::path& path, const std::string& bytes) {
-  std::ofstream out(path, std::ios::binary);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  if (!out) throw std::runtime_error("cannot write " + path.string());
-}
 
 std::string RawFrame(const Proc::IDataVideoPtr& picture) {
   std::string bytes;
@@ -57,8 +49,8 @@ int main(int argc, char** argv) {
   const auto saves = canvaro_test::WriteSampleDocuments(swap.path());
   const canvaro_fuzz::Files swapFiles = canvaro_fuzz::ReadTree(swap.path().native());
   for (const auto& saved : saves) {
-    WriteFile(corpus / "document" / (saved.name + ".json"), saved.text);
-    WriteFile(corpus / "tool_document" / (saved.name + ".json"), saved.text);
+    canvaro_fuzz::WriteBytes(corpus / "document" / (saved.name + ".json"), saved.text);
+    canvaro_fuzz::WriteBytes(corpus / "tool_document" / (saved.name + ".json"), saved.text);
     if (saved.name == "no_step_list") continue;  // as "session" for the package fuzzer
     canvaro_fuzz::Files named;
     std::string pictures;
@@ -67,14 +59,14 @@ int main(int argc, char** argv) {
       named[name] = bytes;
       pictures += "\n=== " + name + "\n" + bytes;
     }
-    WriteFile(
+    canvaro_fuzz::WriteBytes(
         corpus / "package" / saved.name,
         saved.text + "\n=== manifest.json\n" + canvaro_fuzz::ManifestTemplate(named) + pictures);
     if (saved.name == "source_only") {
       std::string outside = saved.text;
       const std::string first = '"' + named.begin()->first + '"';
       outside.replace(outside.find(first), first.size(), "\"../../sentinel/a.raw\"");
-      WriteFile(corpus / "tool_document" / "outside.json", outside);
+      canvaro_fuzz::WriteBytes(corpus / "tool_document" / "outside.json", outside);
     }
   }
 
@@ -95,9 +87,10 @@ int main(int argc, char** argv) {
   };
   unsigned seed = 1;
   for (const Sample& sample : samples) {
-    WriteFile(corpus / "raw_frame" / (std::string(sample.name) + ".raw"),
-              RawFrame(canvaro_test::MakePatternPicture(sample.format, sample.info, seed++)));
+    canvaro_fuzz::WriteBytes(
+        corpus / "raw_frame" / (std::string(sample.name) + ".raw"),
+        RawFrame(canvaro_test::MakePatternPicture(sample.format, sample.info, seed++)));
   }
-  WriteFile(corpus / "raw_frame" / "empty.raw", RawFrame(nullptr));
+  canvaro_fuzz::WriteBytes(corpus / "raw_frame" / "empty.raw", RawFrame(nullptr));
   return EXIT_SUCCESS;
 }
