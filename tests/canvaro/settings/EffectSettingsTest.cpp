@@ -6,11 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/Errors.h"
+#include "support/Outcome.h"
 #include "support/TestEffect.h"
 
 namespace {
@@ -18,10 +18,9 @@ namespace {
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using canvaro_test::ExpectNotImplemented;
+using canvaro_test::Outcome;
+using canvaro_test::OutcomeOf;
 using canvaro_test::TestEffect;
-using ::testing::Pointee;
-using ::testing::ResultOf;
-using ::testing::Throws;
 
 // An effect whose clones fail after a number of successful ones.
 struct BrittleEffect : TestEffect {
@@ -37,22 +36,16 @@ struct BrittleEffect : TestEffect {
 TEST(EffectSettingsTest, FactoryMakesOnlyWhatAHostRegistered) {
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings(""); });
-
-  const auto code = [](const CanvaroException& e) {
-    return boost::get_error_info<TagCanvaroErrorCode>(e);
-  };
-  const auto invalidArgument =
-      Throws<CanvaroException>(ResultOf(code, Pointee(CanvaroError::InvalidArgument)));
-  const auto invalidState =
-      Throws<CanvaroException>(ResultOf(code, Pointee(CanvaroError::InvalidState)));
   const auto make = [] { return IEffectSettings::Ptr(TestEffect::Make("Made", 7)); };
-  EXPECT_THAT([&] { IEffectSettings::RegisterEffectCreator("", make); }, invalidArgument);
-  EXPECT_THAT([] { IEffectSettings::RegisterEffectCreator("TestEffect", nullptr); },
-              invalidArgument);
+  EXPECT_EQ(OutcomeOf([&] { IEffectSettings::RegisterEffectCreator("", make); }),
+            Outcome::InvalidArgument);
+  EXPECT_EQ(OutcomeOf([] { IEffectSettings::RegisterEffectCreator("TestEffect", nullptr); }),
+            Outcome::InvalidArgument);
   ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
 
   IEffectSettings::RegisterEffectCreator("TestEffect", [] { return IEffectSettings::Ptr(); });
-  EXPECT_THAT([] { IEffectSettings::CreateEffectSettings("TestEffect"); }, invalidState);
+  EXPECT_EQ(OutcomeOf([] { IEffectSettings::CreateEffectSettings("TestEffect"); }),
+            Outcome::InvalidState);
   IEffectSettings::RegisterEffectCreator("TestEffect", make);  // replaces
   EXPECT_EQ(IEffectSettings::CreateEffectSettings("TestEffect")->GetSettings().GetTypeName(),
             "Made");
@@ -140,16 +133,13 @@ TEST(EffectSettingsListTest, WritesOneItemPerPlaceAndReadsOnlyEmptyPlacesBack) {
             R"({"key":"kind","string":"A"},{"key":"amount","int":1}]}}]},{"entries":[]}]}]})");
   const auto held = TestEffect::Make("Held");
   IEffectSettings::List read = {held};
-  ExpectNotImplemented([&] {
-    EffectSettings::Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)), "list",
-                                read);
-  });
+  const auto in = Drevin::SerializerProperty::Create(std::as_const(tree));
+  ExpectNotImplemented([&] { EffectSettings::Deserialize(in, "list", read); });
   EXPECT_TRUE(read.empty());
   EXPECT_EQ(held->GetRefCount(), 1);
 
   read = {held};
-  EffectSettings::Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)), "absent",
-                              read);
+  EffectSettings::Deserialize(in, "absent", read);
   EXPECT_TRUE(read.empty());
 
   // An effect's own record: its implementation name, read back when present.
