@@ -1,9 +1,11 @@
-// The contract every settings record keeps, checked for each of them: its exact text form (keys,
-// order, values), a round trip through that text into a record holding other values, and that
-// a node without keys leaves a record as it was. Then what is particular to each: defaults,
-// what equality looks at, how copies share effects, and the 8-bit fields of older writers.
+// The settings records: the contract every record keeps, checked for each of them (its exact text
+// form, a round trip through that text into a record holding other values, and that a node
+// without keys leaves a record as it was); then what is particular to each: defaults, what
+// equality looks at, how copies share effects, and the 8-bit fields of older writers. Last, the
+// effects themselves: the host's factory, and cloning, finding, comparing and writing lists.
 #include <algorithm>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -11,12 +13,14 @@
 #include <gtest/gtest.h>
 
 #include "canvaro/settings/Blender.h"
+#include "canvaro/settings/EffectSettings.h"
 #include "canvaro/settings/MaskInfo.h"
 #include "canvaro/settings/SettingsCore.h"
 #include "kelbra/Core/Property.h"
 #include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/Errors.h"
+#include "support/Outcome.h"
 #include "support/TestEffect.h"
 #include "support/TestPainter.h"
 
@@ -25,7 +29,12 @@ namespace {
 using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using Blender::IBlender;
+using canvaro_test::ExpectNotImplemented;
+using canvaro_test::Outcome;
+using canvaro_test::OutcomeOf;
 using canvaro_test::TestEffect;
+using canvaro_test::TestPainter;
+using ::testing::HasSubstr;
 using Initializer = IBlender::Initializer;
 
 const auto kMaskType = static_cast<Initializer::MaskType>(2);
@@ -132,8 +141,7 @@ TEST(SettingsDefaultsTest, NewRecordsHoldTheDocumentedDefaults) {
   EXPECT_EQ(package.GetBlendSource(), 0);
   EXPECT_EQ(package.GetCurrentToolID(), IToolsId::NONE);
 
-  const EffectsSettings settings(TestEffect::Make("Blur"));
-  EXPECT_TRUE(settings.GetHostFlag());
+  EXPECT_TRUE(EffectsSettings(TestEffect::Make("Blur")).GetHostFlag());
   EXPECT_TRUE(EffectsSettings(nullptr).EffectsConst().empty());
   EXPECT_FALSE(TestEffect::Make("Blur")->IsAdditive());
 }
@@ -180,10 +188,7 @@ TEST(SettingsEqualityTest, StepSettingsCompareNamesIndexAndEffectsInOrder) {
 // ---- sharing, the fields of older writers, and what cannot be read ----
 
 bool Shares(const IEffectSettings::ConstList& a, const IEffectSettings::ConstList& b) {
-  for (const auto& x : a) {
-    if (std::find(b.begin(), b.end(), x) != b.end()) return true;
-  }
-  return false;
+  return std::find_first_of(a.begin(), a.end(), b.begin(), b.end()) != a.end();
 }
 
 IEffectSettings::ConstList Effects(const SettingsCore& core) {
@@ -223,12 +228,6 @@ TEST(SettingsSharingTest, MutableEffectsAreSharedEverythingElseIsCloned) {
   settings.SetEffectsConst(held);
   EXPECT_TRUE(IEffectSettings::Equal(settings.EffectsConst(), given));
   EXPECT_FALSE(Shares(settings.EffectsConst(), held));
-
-  // A mask record shares its painter.
-  const auto painter = canvaro_test::TestPainter::Make(12);
-  const MaskInfo mask(1, 2, 3, 4, MaskInfo::MaskInfoEx(painter, SomeBlender()));
-  EXPECT_EQ(mask.GetInfoEx().GetPainter(), painter);
-  EXPECT_EQ(painter->GetRefCount(), 2);
 }
 
 // An 8-bit field takes the low byte of what an older or foreign writer stored.
@@ -244,21 +243,146 @@ TEST(SettingsRecordFieldsTest, EightBitFieldsTakeTheLowByteOfAnyStoredInteger) {
   EXPECT_EQ(read.GetRangeMax(), 254);
 }
 
-// A stored painter names a host class this library cannot make: reading it fails with "Not
-// implemented", and what was read before the failure stays. (Effect lists: EffectSettingsTest.)
-TEST(SettingsRecordFieldsTest, AStoredPainterCannotBeReadBack) {
-  const MaskInfo withPainter(
-      10, 50, 20, 60, MaskInfo::MaskInfoEx(canvaro_test::TestPainter::Make(12), SomeBlender()));
-  EXPECT_THAT(Text(withPainter),
-              ::testing::HasSubstr(R"({"key":"Painter","node":{"class":"TestPainter",)"));
+// A mask record shares its painter. A stored painter names a host class this library cannot make:
+// reading it fails with "Not implemented", and what was read before the failure stays.
+TEST(SettingsRecordFieldsTest, AMaskSharesItsPainterWhichCannotBeReadBack) {
+  const auto painter = TestPainter::Make(12);
+  const MaskInfo withPainter(10, 50, 20, 60, MaskInfo::MaskInfoEx(painter, SomeBlender()));
+  EXPECT_EQ(withPainter.GetInfoEx().GetPainter(), painter);
+  EXPECT_EQ(painter->GetRefCount(), 2);
+  EXPECT_THAT(Text(withPainter), HasSubstr(R"({"key":"Painter","node":{"class":"TestPainter",)"));
   const Core::Property maskTree = Core::PropertySerializer::FromString(Text(withPainter));
   MaskInfo mask;
-  canvaro_test::ExpectNotImplemented(
-      [&] { mask.Deserialize(Drevin::SerializerProperty::Create(maskTree)); });
+  ExpectNotImplemented([&] { mask.Deserialize(Drevin::SerializerProperty::Create(maskTree)); });
   EXPECT_EQ(mask.GetLeft(), 10);
   EXPECT_EQ(mask.GetInfoEx().GetBlender(), MaskInfo().GetInfoEx().GetBlender());
-  canvaro_test::ExpectNotImplemented(
-      [] { ISettingsPainter::CreatePainterSettings("TestPainter"); });
+  ExpectNotImplemented([] { ISettingsPainter::CreatePainterSettings("TestPainter"); });
+}
+
+// ---- effects: the factory and lists ----
+
+// An effect whose clones fail after a number of successful ones.
+struct BrittleEffect : TestEffect {
+  BrittleEffect(std::string kind, int* clonesLeft)
+      : TestEffect(std::move(kind), 0), clonesLeft(clonesLeft) {}
+  Ptr Clone() const override {
+    if ((*clonesLeft)-- <= 0) throw std::runtime_error("clone failed");
+    return TestEffect::Clone();
+  }
+  int* clonesLeft;
+};
+
+TEST(EffectSettingsTest, FactoryMakesOnlyWhatAHostRegistered) {
+  ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
+  ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings(""); });
+  const auto make = [] { return IEffectSettings::Ptr(TestEffect::Make("Made", 7)); };
+  EXPECT_EQ(OutcomeOf([&] { IEffectSettings::RegisterEffectCreator("", make); }),
+            Outcome::InvalidArgument);
+  EXPECT_EQ(OutcomeOf([] { IEffectSettings::RegisterEffectCreator("TestEffect", nullptr); }),
+            Outcome::InvalidArgument);
+  ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
+
+  IEffectSettings::RegisterEffectCreator("TestEffect", [] { return IEffectSettings::Ptr(); });
+  EXPECT_EQ(OutcomeOf([] { IEffectSettings::CreateEffectSettings("TestEffect"); }),
+            Outcome::InvalidState);
+  IEffectSettings::RegisterEffectCreator("TestEffect", make);  // replaces
+  EXPECT_EQ(IEffectSettings::CreateEffectSettings("TestEffect")->GetSettings().GetTypeName(),
+            "Made");
+  EXPECT_TRUE(IEffectSettings::UnregisterEffectCreator("TestEffect"));
+  EXPECT_FALSE(IEffectSettings::UnregisterEffectCreator("TestEffect"));
+  ExpectNotImplemented([] { IEffectSettings::CreateEffectSettings("TestEffect"); });
+}
+
+TEST(EffectSettingsListTest, CloneListReplacesWithIndependentCopiesAsFarAsTheyCanBeMade) {
+  const IEffectSettings::List source = {TestEffect::Make("A", 1), TestEffect::Make("B", 2)};
+  const auto replaced = TestEffect::Make("Old");
+  IEffectSettings::List destination = {replaced};
+  EffectSettings::CloneList(source, destination);
+  EXPECT_EQ(replaced->GetRefCount(), 1);  // released by the list
+  const IEffectSettings::ConstList given = IEffectSettings::ToConstList(source);
+  EXPECT_TRUE(IEffectSettings::Equal(IEffectSettings::ToConstList(destination), given));
+  EXPECT_FALSE(Shares(IEffectSettings::ToConstList(destination), given));
+
+  // Cloning a list onto itself gives clones of its former elements.
+  IEffectSettings::List self = source;
+  EffectSettings::CloneList(self, self);
+  EXPECT_TRUE(IEffectSettings::Equal(IEffectSettings::ToConstList(self), given));
+  EXPECT_FALSE(Shares(IEffectSettings::ToConstList(self), given));
+
+  // A failed clone keeps the clones made before it.
+  int clonesLeft = 1;
+  const IEffectSettings::List brittle = {new BrittleEffect("A", &clonesLeft),
+                                         new BrittleEffect("B", &clonesLeft)};
+  EXPECT_THROW(EffectSettings::CloneList(brittle, destination), std::runtime_error);
+  ASSERT_EQ(destination.size(), 1u);
+  EXPECT_EQ(destination[0]->GetSettings().GetTypeName(), "A");
+}
+
+TEST(EffectSettingsListTest, FindMatchesTheParameterTypeNameFromTheFront) {
+  const auto first = TestEffect::Make("Blur", 1);
+  const IEffectSettings::List list = {TestEffect::Make("Sharpen"), first, TestEffect::Make("Blur")};
+  EXPECT_EQ(IEffectSettings::Find(list, "Blur"), first);
+  EXPECT_EQ(IEffectSettings::Find(list, "blur"), nullptr);
+  EXPECT_EQ(IEffectSettings::Find(list, "Blu"), nullptr);
+  EXPECT_EQ(IEffectSettings::Find(IEffectSettings::List(), "Blur"), nullptr);
+  // Found by parameter kind, not by implementation name.
+  const IEffectSettings::List named = {new TestEffect("Noise", 0, "Blur")};
+  EXPECT_EQ(IEffectSettings::Find(named, "Blur"), nullptr);
+
+  const IEffectSettings::ConstList constList = IEffectSettings::ToConstList(list);
+  const IEffectSettings::ConstPtr found = IEffectSettings::Find(constList, "Blur");
+  EXPECT_EQ(found, first);
+  EXPECT_EQ(found->GetRefCount(), 4);  // first, list, constList, found
+}
+
+TEST(EffectSettingsListTest, EqualityHandlesNullAndIdentityAndComparesListsInOrder) {
+  const IEffectSettings::ConstPtr a = TestEffect::Make("A");
+  const IEffectSettings::ConstPtr b = TestEffect::Make("B");
+  const IEffectSettings::ConstPtr none;
+  EXPECT_TRUE(IEffectSettings::Equals(none, none));
+  EXPECT_TRUE(IEffectSettings::Equals(a, a));
+  EXPECT_FALSE(IEffectSettings::Equals(a, none));
+  EXPECT_FALSE(IEffectSettings::Equals(none, a));
+  EXPECT_TRUE(IEffectSettings::Equals(a, TestEffect::Make("A")));
+  EXPECT_FALSE(IEffectSettings::Equals(a, TestEffect::Make("A", 2)));
+  EXPECT_FALSE(IEffectSettings::Equals(a, new TestEffect("A", 0, "fast")));
+  EXPECT_TRUE(IEffectSettings::Equal({}, {}));
+  EXPECT_TRUE(IEffectSettings::Equal({a, b}, {TestEffect::Make("A"), TestEffect::Make("B")}));
+  EXPECT_FALSE(IEffectSettings::Equal({a, b}, {b, a}));
+  EXPECT_FALSE(IEffectSettings::Equal({a}, {a, b}));
+  EXPECT_FALSE(IEffectSettings::Equal({a, nullptr}, {a, b}));
+  EXPECT_TRUE(IEffectSettings::Equal({a, nullptr}, {a, nullptr}));
+}
+
+// A list is written as one item per place, an empty item where there is no effect; reading
+// empties the list first and fills it only when every item could be read. (That empty places
+// read back is checked with the step settings that hold such a list.)
+TEST(EffectSettingsListTest, WritesOneItemPerPlaceAndReadsOnlyEmptyPlacesBack) {
+  Core::Property tree;
+  const IEffectSettings::List list = {TestEffect::Make("A", 1), nullptr};
+  EffectSettings::Serialize(Drevin::SerializerProperty::Create(tree), "list", list);
+  EXPECT_EQ(Core::PropertySerializer::ToString(tree, false),
+            R"({"entries":[{"key":"list","collection":[{"entries":[{"key":"keyEffectItem",)"
+            R"("node":{"class":"TestEffect","entries":[{"key":"implName","string":"default"},)"
+            R"({"key":"kind","string":"A"},{"key":"amount","int":1}]}}]},{"entries":[]}]}]})");
+  const auto held = TestEffect::Make("Held");
+  IEffectSettings::List read = {held};
+  const auto in = Drevin::SerializerProperty::Create(std::as_const(tree));
+  ExpectNotImplemented([&] { EffectSettings::Deserialize(in, "list", read); });
+  EXPECT_TRUE(read.empty());
+  EXPECT_EQ(held->GetRefCount(), 1);
+
+  read = {held};
+  EffectSettings::Deserialize(in, "absent", read);
+  EXPECT_TRUE(read.empty());
+
+  // An effect's own record: its implementation name, read back when present.
+  TestEffect other("A", 1, "reference");
+  other.Deserialize(Drevin::SerializerProperty::Create(Core::Property()));
+  EXPECT_EQ(other.GetImplName(), "reference");
+  other.Deserialize(Drevin::SerializerProperty::Create(
+      std::as_const(tree).GetCollection("list")[0].GetChild("keyEffectItem")));
+  EXPECT_EQ(other.GetImplName(), "default");
 }
 
 }  // namespace
