@@ -2,6 +2,7 @@
 // and the text rendering of records.
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,9 +48,8 @@ class RawFrameFormats : public testing::TestWithParam<PixFmt> {};
 TEST_P(RawFrameFormats, IsHeaderThenPackedRowsAndLoadsBackEqualOnlyWhenWhole) {
   // Odd sizes give padded strides, and 256 pixels unpadded planes moved whole; aspect values
   // travel untouched; a picture without rows is only the header.
-  for (const Conf::FrameInfo info :
-       {Conf::FrameInfo{13, 7, 3, 2}, Conf::FrameInfo{1, 3, 0, 0}, Conf::FrameInfo{256, 300, 1, 1},
-        Conf::FrameInfo{8, 0, 1, 1}}) {
+  for (const Conf::FrameInfo& info :
+       std::vector<Conf::FrameInfo>{{13, 7, 3, 2}, {1, 3, 0, 0}, {256, 300, 1, 1}, {8, 0, 1, 1}}) {
     const auto picture = MakePatternPicture(GetParam(), info, 9);
     picture->SetPosition(777);
     picture->SetDuration(5);
@@ -67,8 +67,7 @@ TEST_P(RawFrameFormats, IsHeaderThenPackedRowsAndLoadsBackEqualOnlyWhenWhole) {
     EXPECT_EQ(loaded->GetPosition(), 0);
     EXPECT_EQ(loaded->GetDuration(), 40000);
 
-    for (const std::size_t size :
-         {bytes.size() - 1, std::size_t{20}, std::size_t{19}, std::size_t{3}, std::size_t{0}}) {
+    for (const std::size_t size : std::vector<std::size_t>{bytes.size() - 1, 20, 19, 3, 0}) {
       if (size >= bytes.size()) continue;
       Proc::IDataVideoPtr frame;
       EXPECT_THROW(LoadRawFrame(frame, Core::DataInputString::Create(bytes.substr(0, size))),

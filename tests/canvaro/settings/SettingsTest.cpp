@@ -344,7 +344,6 @@ TEST(EffectSettingsListTest, EqualityHandlesNullAndIdentityAndComparesListsInOrd
   EXPECT_FALSE(IEffectSettings::Equals(none, a));
   EXPECT_TRUE(IEffectSettings::Equals(a, TestEffect::Make("A")));
   EXPECT_FALSE(IEffectSettings::Equals(a, TestEffect::Make("A", 2)));
-  EXPECT_FALSE(IEffectSettings::Equals(a, new TestEffect("A", 0, "fast")));
   EXPECT_TRUE(IEffectSettings::Equal({}, {}));
   EXPECT_TRUE(IEffectSettings::Equal({a, b}, {TestEffect::Make("A"), TestEffect::Make("B")}));
   EXPECT_FALSE(IEffectSettings::Equal({a, b}, {b, a}));
