@@ -1,7 +1,6 @@
 #include "canvaro/Undo/MaskUndo.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -69,13 +68,6 @@ struct Model {
   }
 };
 
-// A history of four strokes over a painted start, with its expected masks.
-struct Strokes {
-  std::unique_ptr<MaskUndo> mask;
-  std::vector<Model> states;
-  std::vector<MaskInfo> infos;
-};
-
 class MaskUndoTest : public ::testing::Test {
  protected:
   // Both threads log. With TZ unset, glibc rereads the time zone on every log line and swaps its
@@ -103,20 +95,17 @@ class MaskUndoTest : public ::testing::Test {
       EXPECT_EQ(mask.GetPixelCount({value}), model.Count(value)) << "value " << int(value);
     EXPECT_EQ(mask.GetCropInfo(), model.Box());
   }
-  // `mask` stands on item `step` of the strokes `s`: its position, rectangle and mask.
-  void ExpectStep(const MaskUndo& mask, const Strokes& s, Index step, const std::string& where) {
-    EXPECT_EQ(mask.GetCurrentIndexImpl(), step) << where;
-    const MaskInfo& info = mask.GetInfo();
-    EXPECT_EQ((std::array{info.GetLeft(), info.GetRight(), info.GetTop(), info.GetBottom()}),
-              (std::array{s.infos[step].GetLeft(), s.infos[step].GetRight(), s.infos[step].GetTop(),
-                          s.infos[step].GetBottom()}))
-        << where;
-    ExpectMask(mask, s.states[step], where);
-  }
 
   canvaro_test::TempDir dir_;
   int names_ = 0;
   std::unique_ptr<FrameStorage> storage_ = std::make_unique<FrameStorage>(dir_.path(), Names());
+};
+
+// A history of four strokes over a painted start, with its expected masks.
+struct Strokes {
+  std::unique_ptr<MaskUndo> mask;
+  std::vector<Model> states;
+  std::vector<MaskInfo> infos;
 };
 
 // `scale` multiplies the mask's size and every rectangle.
@@ -164,8 +153,11 @@ TEST_P(MaskUndoScales, StrokesUndoAndRedoInAnyOrder) {
     const bool undo = random() % 2 == 0;
     const Index before = mask.GetCurrentIndexImpl();
     undo ? mask.UndoImpl() : mask.RedoImpl();
-    ExpectStep(mask, s, undo ? std::max<Index>(before, 1) - 1 : std::min<Index>(before + 1, 4),
-               "step " + std::to_string(step));
+    const Index now = mask.GetCurrentIndexImpl();
+    EXPECT_EQ(now, undo ? std::max<Index>(before, 1) - 1 : std::min<Index>(before + 1, 4));
+    ExpectMask(mask, s.states[now], "step " + std::to_string(step));
+    EXPECT_EQ(mask.GetInfo().GetLeft(), s.infos[now].GetLeft());
+    EXPECT_EQ(mask.GetInfo().GetBottom(), s.infos[now].GetBottom());
     // Now and then every picture goes to disk, the working mask included, and comes back;
     // sometimes the next step runs while the worker is still writing.
     if (step % 9 == 0) {
@@ -249,10 +241,12 @@ TEST_F(MaskUndoTest, CopyDuplicatesTheHistoryUpToItsCurrentItem) {
                 Mask(0, 3, 0, 3));
   copy.CopyFrom(original);
   ASSERT_EQ(copy.GetItemCount(), 4u);
+  EXPECT_EQ(copy.GetCurrentIndexImpl(), 3u);
   EXPECT_TRUE(copy.IsSaved());
+  EXPECT_EQ(copy.GetInfo().GetRight(), s.infos[3].GetRight());
   for (Index i = 0; i < 4; ++i)
     EXPECT_NE(copy.Get(i).GetFrameIndex(), original.Get(i).GetFrameIndex());
-  ExpectStep(copy, s, 3, "copy");
+  ExpectMask(copy, s.states[3], "copy");
 
   // The two histories no longer share pixels.
   copy.UndoImpl();
@@ -287,8 +281,8 @@ TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
   MaskUndo loaded(storage_.get());
   loaded.Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
   ASSERT_EQ(loaded.GetItemCount(), 5u);
-  EXPECT_TRUE(loaded.IsSaved());
   EXPECT_EQ(loaded.GetCurrentIndexImpl(), 3u);
+  EXPECT_TRUE(loaded.IsSaved());
   EXPECT_EQ(loaded.GetInfo().GetTop(), s.infos[3].GetTop());
   EXPECT_EQ(loaded.GetPixelCount({7}), s.states[3].Count(7));
   EXPECT_EQ(canvaro_test::PackedBytes(*Working(loaded)), s.states[3].bytes);
@@ -296,7 +290,7 @@ TEST_F(MaskUndoTest, SavedHistoryLoadsIntoAFreshStorageAndStillUndoes) {
   ExpectMask(loaded, s.states[2], "loaded, undone");
   loaded.RedoImpl();
   loaded.RedoImpl();
-  ExpectStep(loaded, s, 4, "loaded, redone");
+  ExpectMask(loaded, s.states[4], "loaded, redone");
 }
 
 }  // namespace
