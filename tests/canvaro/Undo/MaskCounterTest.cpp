@@ -84,24 +84,18 @@ TEST(MaskCounterTest, ReadsOverTheCurrentCounters) {
   legacy.SetInt64("PixelCount", 500);
   MaskCounter old;
   Read(old, legacy);
-  EXPECT_EQ(old.Get({}), 500u);
-  EXPECT_EQ(old.Get({ICanvaroBrush::INDEX_DEFAULT}), 500u);
-  EXPECT_EQ(old.Get({7}), 0u);
+  EXPECT_EQ(Write(old), DetailRecord(500, {{ICanvaroBrush::INDEX_DEFAULT, 500}}));
 
   // An empty list keeps every per-value counter; the total is read.
   MaskCounter counter = SomeCounts();
   Read(counter, DetailRecord(40, {}));
-  EXPECT_EQ(counter.Get({}), 40u);
-  EXPECT_EQ(counter.Get({7}), 3u);
-  EXPECT_EQ(counter.Get({90}), 2u);
+  EXPECT_EQ(Write(counter), DetailRecord(40, {{7, 3}, {90, 2}, {255, 1}}));
 
   // A listed value replaces its counter, the others stay; an absent total stays too.
   Core::Property oneValue = DetailRecord(0, {{90, 11}});
   oneValue.Remove("PixelCount");
   Read(counter, oneValue);
-  EXPECT_EQ(counter.Get({}), 40u);
-  EXPECT_EQ(counter.Get({90}), 11u);
-  EXPECT_EQ(counter.Get({7}), 3u);
+  EXPECT_EQ(Write(counter), DetailRecord(40, {{7, 3}, {90, 11}, {255, 1}}));
 }
 
 TEST(MaskCounterTest, BadRecordsThrowAndLeaveTheCounterAlone) {

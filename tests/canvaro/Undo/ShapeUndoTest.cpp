@@ -2,6 +2,7 @@
 // observe it (through the manager).
 #include "canvaro/Undo/ShapeUndo.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using canvaro_test::RecordingObserver;
 using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
 constexpr double kFirstZ = 1073741723.5;
@@ -79,13 +81,10 @@ TEST_F(ShapeUndoTest, ANewShapeGetsTheNextIndexAndAZValueAboveTheVisibleOnes) {
   const ShapeInfo line = NewLine();
   shapes_.SetShape(line, nullptr);
   shapes_.SetShape(NewArrow(), nullptr);
-  EXPECT_EQ(Current(0)->GetIndex(), 0);
   EXPECT_EQ(Current(0)->GetZValue(), kFirstZ);
-  EXPECT_EQ(Current(1)->GetIndex(), 1);
   EXPECT_EQ(Current(1)->GetZValue(), kFirstZ + 1);
   EXPECT_EQ(shapes_.GetItem(1).GetMultiName(), "Item_00000001");
   EXPECT_EQ(line->GetIndex(), -1) << "the caller's record is not touched";
-  EXPECT_FALSE(Current(0)->IsSaved());
 
   shapes_.RemoveShapeAll(ShapeType::Arrow);  // the top shape goes
   shapes_.SetShape(NewText(), nullptr);
@@ -113,34 +112,56 @@ TEST_F(ShapeUndoTest, ANewShapeGetsTheNextIndexAndAZValueAboveTheVisibleOnes) {
                           "items count is 5."));
 }
 
-TEST_F(ShapeUndoTest, EachEditIsAStepWithItsEvents) {
+// Each edit in turn: the steps of the document and the states of shape 0 it leaves, and the
+// events the host gets (what the shapes then show is the randomized session's to check).
+TEST_F(ShapeUndoTest, EachEditIsOneStepWithItsEvents) {
   shapes_.SetShape(NewLine(), nullptr);
-  EXPECT_EQ(manager_->GetStepCount(), 1u);
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "shape 3", "save"));
   ASSERT_EQ(observer_.shapes.size(), 1u);
   EXPECT_TRUE(observer_.shapes[0] == Current(0));
-
-  // Unchanged and without a picture: nothing at all.
-  observer_.log.clear();
-  shapes_.SetShape(Current(0), nullptr);
-  EXPECT_EQ(manager_->GetStepCount(), 1u);
-  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 2u);
-  EXPECT_THAT(observer_.log, IsEmpty());
-
-  // A change: a new state of the same item.
-  shapes_.SetShape(MovedTo(Current(0), 0.2), nullptr);
-  EXPECT_EQ(manager_->GetStepCount(), 2u);
-  EXPECT_EQ(shapes_.GetItemCount(), 1u);
-  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 3u);
-  EXPECT_EQ(Current(0)->GetPosition().GetX(), 0.2);
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "shape 3", "save"));
-
-  // Unchanged but with a picture: always a step.
-  observer_.log.clear();
-  shapes_.SetShape(Current(0), Picture(1));
-  EXPECT_EQ(manager_->GetStepCount(), 3u);
-  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 4u);
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "shape 3", "save"));
+  struct Edit {
+    const char* what;
+    std::function<void()> run;
+    unsigned steps, states;
+    std::vector<std::string> log;
+  };
+  const std::vector<std::string> step = {"undo", "shape 3", "save"};
+  const Edit edits[] = {
+      {"unchanged", [&] { shapes_.SetShape(Current(0), nullptr); }, 1, 2, {}},
+      {"moved", [&] { shapes_.SetShape(MovedTo(Current(0), 0.2), nullptr); }, 2, 3, step},
+      {"unchanged with a picture", [&] { shapes_.SetShape(Current(0), Picture(1)); }, 3, 4, step},
+      {"overwritten",
+       [&] { shapes_.OverwriteShape(MovedTo(Current(0), 0.4)); },
+       3,
+       4,
+       {"shape 3", "save"}},
+      {"overwritten unchanged", [&] { shapes_.OverwriteShape(Current(0)); }, 3, 4, {}},
+      {"a batch",
+       [&] {
+         shapes_.SetShapes({MovedTo(Current(0), 0.1), NewArrow(), NewText()});
+       },
+       4,
+       5,
+       {"undo", "save", "shape 3", "shape 3", "shape 3"}},
+      {"the batch undone",
+       [&] { manager_->Undo(); },
+       4,
+       5,
+       {"undo", "save", "tool 0", "shape 1", "shape 1", "shape 1"}},
+      {"lines removed",
+       [&] { shapes_.RemoveShapeAll(ShapeType::Line); },
+       4,
+       5,
+       {"undo", "save", "shape 3"}},
+      {"no line left", [&] { shapes_.RemoveShapeAll(ShapeType::Line); }, 4, 5, {}},
+  };
+  for (const Edit& edit : edits) {
+    SCOPED_TRACE(edit.what);
+    observer_.log.clear();
+    edit.run();
+    EXPECT_EQ(manager_->GetStepCount(), edit.steps);
+    EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), edit.states);
+    EXPECT_THAT(observer_.log, ElementsAreArray(edit.log));
+  }
 }
 
 TEST_F(ShapeUndoTest, PicturesBelongToTheirStateAndAreInheritedByLaterOnes) {
@@ -160,78 +181,36 @@ TEST_F(ShapeUndoTest, PicturesBelongToTheirStateAndAreInheritedByLaterOnes) {
   EXPECT_EQ(shapes_.GetShapeItemVideo(0, 2), first);
   EXPECT_EQ(shapes_.GetShapeItemVideo(0, kCurrent), second);
 
+  // Overwriting the state in force keeps its picture, and leaves it unsaved.
+  auto saved = MovedTo(Current(0), 0.4)->Clone();
+  saved->SetSaved(true);
+  shapes_.OverwriteShape(ShapeInfo(*saved));
+  EXPECT_EQ(Current(0)->GetPosition().GetX(), 0.4);
+  EXPECT_FALSE(Current(0)->IsSaved());
+  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, kCurrent), 1u);
+
   // A shape without any picture.
   shapes_.SetShape(NewLine(), nullptr);
   EXPECT_EQ(shapes_.GetShapeItemVideoIndex(1, kCurrent), kNoIndex);
   EXPECT_EQ(shapes_.GetShapeItemVideo(1, kCurrent), nullptr);
   EXPECT_EQ(shapes_.GetVideoInfo(1), Conf::FrameInfo{});
-}
 
-TEST_F(ShapeUndoTest, SetShapesIsOneStep) {
-  shapes_.SetShape(NewLine(), nullptr);
-  observer_.log.clear();
-
-  shapes_.SetShapes({MovedTo(Current(0), 0.1), NewArrow(), NewText()});
-
-  EXPECT_EQ(manager_->GetStepCount(), 2u);
-  EXPECT_EQ(shapes_.GetItemCount(), 3u);
-  EXPECT_EQ(Current(2)->GetIndex(), 2);
-  EXPECT_EQ(Current(2)->GetZValue(), kFirstZ + 2);
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "shape 3", "shape 3", "shape 3"));
-
-  // What the undo shows is the randomized session's to check; here, its events.
-  observer_.log.clear();
-  manager_->Undo();
-  EXPECT_THAT(observer_.log,
-              ElementsAre("undo", "save", "tool 0", "shape 1", "shape 1", "shape 1"));
-}
-
-// A shape with an index outside the set is refused.
-TEST_F(ShapeUndoTest, OverwriteReplacesTheStateInForceWithoutAStep) {
+  // A shape with an index outside the set is refused.
   auto stranger = LineInfo::Create(IToolsId::SHAPE_LINE);
-  stranger->SetIndex(1);
+  stranger->SetIndex(2);
   EXPECT_THROW(shapes_.SetShape(ShapeInfo(*stranger), nullptr), CanvaroException);
-  shapes_.SetShape(NewLine(), Picture(1));
   EXPECT_THROW(shapes_.OverwriteShape(ShapeInfo(*stranger)), CanvaroException);
-  auto saved = Current(0)->Clone();
-  saved->SetSaved(true);
-  shapes_.OverwriteShape(ShapeInfo(*saved));
-  EXPECT_FALSE(Current(0)->IsSaved()) << "an overwritten state is unsaved";
-  observer_.log.clear();
-
-  shapes_.OverwriteShape(MovedTo(Current(0), 0.4));
-
-  EXPECT_EQ(manager_->GetStepCount(), 1u);
-  EXPECT_EQ(shapes_.GetItem(0).GetItemCount(), 2u);
-  EXPECT_EQ(Current(0)->GetPosition().GetX(), 0.4);
-  EXPECT_EQ(shapes_.GetShapeItemVideoIndex(0, kCurrent), 0u);
-  EXPECT_THAT(observer_.log, ElementsAre("shape 3", "save"));
-
-  observer_.log.clear();
-  shapes_.OverwriteShape(Current(0));
-  EXPECT_THAT(observer_.log, IsEmpty()) << "unchanged: nothing";
 }
 
 TEST_F(ShapeUndoTest, RemoveShapeAllHidesTheVisibleShapesOfTheKindsInOneStep) {
   shapes_.SetShapes({NewLine(), NewArrow(), NewLine(), NewText()});
   shapes_.RemoveShapeAll(ShapeType::Text);
-  ASSERT_EQ(manager_->GetStepCount(), 2u);
-  observer_.log.clear();
-
   shapes_.RemoveShapeAll(ShapeType::Line);
-
   EXPECT_EQ(manager_->GetStepCount(), 3u);
   EXPECT_EQ(shapes_.GetItem(3).GetItemCount(), 3u) << "the hidden text got no further state";
   EXPECT_EQ(Current(0)->GetCurrentToolID(), IToolsId::SHAPE_LINE) << "the tool is kept";
-  EXPECT_THAT(observer_.log, ElementsAre("undo", "save", "shape 3", "shape 3"));
 
-  observer_.log.clear();
-  shapes_.RemoveShapeAll(ShapeType::Line);
-  EXPECT_EQ(manager_->GetStepCount(), 3u) << "no visible line is left";
-  EXPECT_THAT(observer_.log, IsEmpty());
-
-  // Counting by kind: hidden shapes are items, but not active ones (which shapes show is the
-  // randomized session's to check).
+  // Counting by kind: hidden shapes are items, but not active ones.
   EXPECT_EQ(shapes_.GetShapeActiveItemCount(ShapeType::All), 1u);
   EXPECT_EQ(shapes_.GetShapeItemCount(ShapeType::Line), 2u);
   EXPECT_EQ(shapes_.GetShapeItemCount(ShapeType::Line | ShapeType::Text), 3u);
@@ -241,10 +220,6 @@ TEST_F(ShapeUndoTest, RemoveShapeAllHidesTheVisibleShapesOfTheKindsInOneStep) {
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[1].GetImpl(), Current(2).GetImpl()) << "shared, not cloned";
 
-  // Undo brings the lines back together.
-  manager_->Undo();
-  EXPECT_EQ(shapes_.GetShapeActiveItemCount(ShapeType::Line), 2u);
-
   // The document's own removal can clear the tool too.
   {
     RAII::UndoTransactionGuard transaction(manager_->GetTransactionManager());
@@ -252,7 +227,7 @@ TEST_F(ShapeUndoTest, RemoveShapeAllHidesTheVisibleShapesOfTheKindsInOneStep) {
   }
   EXPECT_FALSE(Current(1)->IsVisible());
   EXPECT_EQ(Current(1)->GetCurrentToolID(), IToolsId::NONE);
-  EXPECT_EQ(manager_->GetStepCount(), 3u);
+  EXPECT_EQ(manager_->GetStepCount(), 4u);
 }
 
 // Saving and unsaving go one item at a time (a removal's effect on the saved state: the items'
