@@ -19,6 +19,7 @@
 #include "support/Outcome.h"
 #include "support/RecordingObserver.h"
 #include "support/TempDir.h"
+#include "support/TestShape.h"
 
 namespace {
 
@@ -26,10 +27,40 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using canvaro_test::RecordingObserver;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Reason = IDrawerEventHandler::EventFrameReason;
 using Handler = IDrawerEventHandler;
+
+TEST(DrawerEventForwarderTest, PassesEveryKindOfEventOnToItsObservers) {
+  DrawerEventForwarder forwarder;
+  RecordingObserver first, second;
+  forwarder.RegisterEventHandler(&first);
+  forwarder.RegisterEventHandler(&second);
+
+  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, Conf::FrameInfo{2, 2, 1, 1});
+  ShapeInfo shape(*canvaro_test::TestShape::Create(IToolsId::TEXT));
+  Handler& handler = forwarder;
+  handler.HandleUndo(Handler::DrawerEventUndo(DrawerEventOrigin::Here()));
+  handler.HandleFrame(Handler::DrawerEventFrame(Reason::Redo));
+  handler.HandleChangeToSave(Handler::DrawerEventChangeToSave());
+  handler.HandleFrameTemporary(Handler::DrawerEventFrameTemporary(picture));
+  handler.HandleForeground(Handler::DrawerEventForeground(picture));
+  handler.HandleToolIdChange(Handler::DrawerEventToolIdChange(IToolsId::SHAPE_LINE));
+  handler.HandleChangeShapeItem(Handler::DrawerEventShapeItem(shape, Reason::Undo));
+
+  for (const RecordingObserver* observer : {&first, &second}) {
+    EXPECT_THAT(observer->log, ElementsAre("undo", "frame 2", "save", "temporary", "foreground",
+                                           "tool 2", "shape 1"));
+    EXPECT_EQ(observer->lastPicture, picture);
+    ASSERT_EQ(observer->shapes.size(), 1u);
+    EXPECT_EQ(observer->shapes[0].GetImpl(), shape.GetImpl());  // copied handle, shared record
+  }
+  EXPECT_THAT(first.lastUndo.sourceFile, EndsWith("UndoManagerTest.cpp"));
+  EXPECT_GT(first.lastUndo.sourceLine, 0);
+  EXPECT_EQ(first.lastUndo.sourceFunction, "");
+}
 
 // A participant: a small history on the template that publishes drawer events to its observers
 // (the manager observes it; events handed to it are passed on) and writes what it is asked to do
