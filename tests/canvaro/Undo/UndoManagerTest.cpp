@@ -1,8 +1,12 @@
+// The generic undo machinery: the history template each participant builds on, the forwarder
+// that passes drawer events on, and the manager that joins participants' changes into steps.
 #include "canvaro/Undo/UndoManager.h"
 
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -13,6 +17,7 @@
 #include "canvaro/Undo/TUndoImpl.h"
 #include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/Documents.h"
 #include "support/Errors.h"
@@ -32,6 +37,77 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Reason = IDrawerEventHandler::EventFrameReason;
 using Handler = IDrawerEventHandler;
+
+using History = TUndoImpl<SettingsCore, void*>;
+
+std::string TextAt(const History& history, Index index) {
+  return history.Get(index).GetInfo().GetEffectsSettings().GetPackage().GetName();
+}
+
+std::vector<std::string> Texts(const History& history) {
+  std::vector<std::string> texts;
+  for (Index i = 0; i < history.GetItemCount(); ++i) texts.push_back(TextAt(history, i));
+  return texts;
+}
+
+TEST(TUndoImplTest, MaxIndexTreatsNoIndexAsNone) {
+  EXPECT_EQ(MaxIndex(kNoIndex, kNoIndex), kNoIndex);
+  EXPECT_EQ(MaxIndex(kNoIndex, 3), 3u);
+  EXPECT_EQ(MaxIndex(5, kNoIndex), 5u);
+  EXPECT_EQ(MaxIndex(5, 7), 7u);
+  EXPECT_EQ(MaxIndex(0, kNoIndex), 0u);
+}
+
+TEST(TUndoImplTest, LastActiveFrameLooksUpToTheCursorOnly) {
+  History history(nullptr);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+  history.Push(canvaro_test::Settings("a"));
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+  history.Get(0).SetFrameIndex(4);
+  history.Push(canvaro_test::Settings("b"));  // no frame of its own
+  history.Push(canvaro_test::Settings("c"));
+  history.Get(2).SetFrameIndex(2);
+  history.Push(canvaro_test::Settings("d"));
+  history.Get(3).SetFrameIndex(9);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), 9u);
+  history.UndoImpl();
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), 4u);
+  history.UndoImpl();
+  history.UndoImpl();
+  history.Get(0).SetFrameIndex(kNoIndex);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+}
+
+TEST(TUndoImplTest, IncompleteOrBadSavesLeaveTheHistoryAlone) {
+  History history(nullptr);
+  history.Push(canvaro_test::Settings("a"));
+  history.Push(canvaro_test::Settings("b"));
+  const auto load = [&](std::string_view text) {
+    const Core::Property tree = Core::PropertySerializer::FromString(text);
+    history.Deserialize(Drevin::SerializerProperty::Create(tree));
+  };
+
+  // Without items, without an index or without a record at all: ignored.
+  load(R"({"entries": [{"key": "Index", "int": 0}]})");
+  load(R"({"entries": [{"key": "Items", "collection": [{"entries": []}]}]})");
+  history.Deserialize(nullptr);
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
+  EXPECT_EQ(history.GetCurrentIndexImpl(), 1u);
+
+  // An index past the items: refused.
+  History other(nullptr);
+  other.Push(canvaro_test::Settings("x"));
+  Core::Property pastTheItems;
+  other.Serialize(Drevin::SerializerProperty::Create(pastTheItems));
+  pastTheItems.SetInt("Index", 1);
+  EXPECT_THROW(history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(pastTheItems))),
+               CanvaroException);
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
+
+  load(R"({"entries": [{"key": "Index", "int": -1}, {"key": "Items", "collection": []}]})");
+  EXPECT_EQ(history.GetItemCount(), 0u);
+  EXPECT_EQ(history.GetCurrentIndexImpl(), kNoIndex);
+}
 
 TEST(DrawerEventForwarderTest, PassesEveryKindOfEventOnToItsObservers) {
   DrawerEventForwarder forwarder;
@@ -96,9 +172,7 @@ class Participant : public TUndoImplTop<SettingsCore, void*>, public DrawerEvent
   }
   std::string GetMultiName() const override { return name_; }
 
-  std::string Text() const {
-    return Get(GetCurrentIndexImpl()).GetInfo().GetEffectsSettings().GetPackage().GetName();
-  }
+  std::string Text() const { return TextAt(*this, GetCurrentIndexImpl()); }
 
   // What to publish on undo and redo: a shape-item event, a frame event and a tool change, in
   // an order the manager has to rearrange.
