@@ -305,17 +305,14 @@ class RandomSession {
   void SetStep() {
     if (model_.cursor + 1 < model_.steps.size() || model_.Now().maskIndex != 0) return;
     const unsigned item = model_.Now().item;
-    View replaced = model_.Now();
     const std::uint8_t fill = NextFill();
-    replaced.fill = fill;
-    replaced.package = "set" + std::to_string(fill);
-    replaced.mask = {};
-    doc_->Set(Settings(replaced.package), Picture(fill), nullptr, MaskOver({0, 0, 0, 0}));
+    const std::string package = "set" + std::to_string(fill);
+    doc_->Set(Settings(package), Picture(fill), nullptr, MaskOver({0, 0, 0, 0}));
     for (View& view : model_.steps) {
       if (view.item == item) {
-        view.fill = replaced.fill;
-        view.package = replaced.package;
-        view.mask = replaced.mask;
+        view.fill = fill;
+        view.package = package;
+        view.mask = {};
       }
     }
   }
@@ -497,15 +494,15 @@ class RandomSession {
   }
 
   // Saves without waiting: the worker writes the swap files while the session goes on.
-  void SaveWhileWorking() {
+  Core::Property SaveWhileWorking() {
     Core::Property tree;
     doc_->Serialize(Drevin::SerializerProperty::Create(tree));
+    return tree;
   }
 
   // Saves, waits for the swap files and goes on with a fresh document loaded from the save.
   void SaveAndLoad() {
-    Core::Property tree;
-    doc_->Serialize(Drevin::SerializerProperty::Create(tree));
+    const Core::Property tree = SaveWhileWorking();
     doc_->WaitForPendingSaves();
     ICanvaroUndoPtr loaded = NewDocument();
     loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
