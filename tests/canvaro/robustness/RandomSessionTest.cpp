@@ -400,10 +400,7 @@ class RandomSession {
     if (record == doc_->GetShapeItemInfo(item, kCurrent)) return;  // records nothing
     View view = model_.BeginEdit();
     view.shapes.resize(model_.shapeItems, Shape{ShapeType::Line, 0, false});
-    Shape& shape = view.shapes[item];
-    shape.kind = record->GetShapeType();
-    shape.x = record->GetPosition().GetX();
-    shape.visible = record->IsVisible();
+    view.shapes[item] = {record->GetShapeType(), record->GetPosition().GetX(), record->IsVisible()};
     doc_->SetShape(record, nullptr);
     model_.Commit(view);
   }
