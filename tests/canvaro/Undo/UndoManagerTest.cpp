@@ -1,8 +1,12 @@
+// The generic undo machinery: the history template each participant builds on, the forwarder
+// that passes drawer events on, and the manager that joins participants' changes into steps.
 #include "canvaro/Undo/UndoManager.h"
 
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -13,12 +17,14 @@
 #include "canvaro/Undo/TUndoImpl.h"
 #include "canvaro/foundation/CanvaroException.h"
 #include "kelbra/Core/Property.h"
+#include "kelbra/Core/PropertySerializer.h"
 #include "kelbra/Drevin/SerializerProperty.h"
 #include "support/Documents.h"
 #include "support/Errors.h"
 #include "support/Outcome.h"
 #include "support/RecordingObserver.h"
 #include "support/TempDir.h"
+#include "support/TestShape.h"
 
 namespace {
 
@@ -26,10 +32,91 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using canvaro_test::RecordingObserver;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Reason = IDrawerEventHandler::EventFrameReason;
 using Handler = IDrawerEventHandler;
+
+using History = TUndoImpl<SettingsCore, void*>;
+
+std::string TextAt(const History& history, Index index) {
+  return history.Get(index).GetInfo().GetEffectsSettings().GetPackage().GetName();
+}
+
+std::vector<std::string> Texts(const History& history) {
+  std::vector<std::string> texts;
+  for (Index i = 0; i < history.GetItemCount(); ++i) texts.push_back(TextAt(history, i));
+  return texts;
+}
+
+TEST(TUndoImplTest, MaxIndexTreatsNoIndexAsNone) {
+  EXPECT_EQ(MaxIndex(kNoIndex, kNoIndex), kNoIndex);
+  EXPECT_EQ(MaxIndex(kNoIndex, 3), 3u);
+  EXPECT_EQ(MaxIndex(5, kNoIndex), 5u);
+  EXPECT_EQ(MaxIndex(5, 7), 7u);
+  EXPECT_EQ(MaxIndex(0, kNoIndex), 0u);
+}
+
+TEST(TUndoImplTest, IncompleteOrBadSavesLeaveTheHistoryAlone) {
+  History history(nullptr);
+  history.Push(canvaro_test::Settings("a"));
+  history.Push(canvaro_test::Settings("b"));
+  const auto load = [&](std::string_view text) {
+    const Core::Property tree = Core::PropertySerializer::FromString(text);
+    history.Deserialize(Drevin::SerializerProperty::Create(tree));
+  };
+
+  // Without items, without an index or without a record at all: ignored.
+  load(R"({"entries": [{"key": "Index", "int": 0}]})");
+  load(R"({"entries": [{"key": "Items", "collection": [{"entries": []}]}]})");
+  history.Deserialize(nullptr);
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
+  EXPECT_EQ(history.GetCurrentIndexImpl(), 1u);
+
+  // An index past the items: refused.
+  History other(nullptr);
+  other.Push(canvaro_test::Settings("x"));
+  Core::Property pastTheItems;
+  other.Serialize(Drevin::SerializerProperty::Create(pastTheItems));
+  pastTheItems.SetInt("Index", 1);
+  EXPECT_THROW(history.Deserialize(Drevin::SerializerProperty::Create(std::as_const(pastTheItems))),
+               CanvaroException);
+  EXPECT_THAT(Texts(history), ElementsAre("a", "b"));
+
+  load(R"({"entries": [{"key": "Index", "int": -1}, {"key": "Items", "collection": []}]})");
+  EXPECT_EQ(history.GetItemCount(), 0u);
+  EXPECT_EQ(history.GetCurrentIndexImpl(), kNoIndex);
+}
+
+TEST(DrawerEventForwarderTest, PassesEveryKindOfEventOnToItsObservers) {
+  DrawerEventForwarder forwarder;
+  RecordingObserver first, second;
+  forwarder.RegisterEventHandler(&first);
+  forwarder.RegisterEventHandler(&second);
+
+  auto picture = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, Conf::FrameInfo{2, 2, 1, 1});
+  ShapeInfo shape(*canvaro_test::TestShape::Create(IToolsId::TEXT));
+  Handler& handler = forwarder;
+  handler.HandleUndo(Handler::DrawerEventUndo(DrawerEventOrigin::Here()));
+  handler.HandleFrame(Handler::DrawerEventFrame(Reason::Redo));
+  handler.HandleChangeToSave(Handler::DrawerEventChangeToSave());
+  handler.HandleFrameTemporary(Handler::DrawerEventFrameTemporary(picture));
+  handler.HandleForeground(Handler::DrawerEventForeground(picture));
+  handler.HandleToolIdChange(Handler::DrawerEventToolIdChange(IToolsId::SHAPE_LINE));
+  handler.HandleChangeShapeItem(Handler::DrawerEventShapeItem(shape, Reason::Undo));
+
+  for (const RecordingObserver* observer : {&first, &second}) {
+    EXPECT_THAT(observer->log, ElementsAre("undo", "frame 2", "save", "temporary", "foreground",
+                                           "tool 2", "shape 1"));
+    EXPECT_EQ(observer->lastPicture, picture);
+    ASSERT_EQ(observer->shapes.size(), 1u);
+    EXPECT_EQ(observer->shapes[0].GetImpl(), shape.GetImpl());  // copied handle, shared record
+  }
+  EXPECT_THAT(first.lastUndo.sourceFile, EndsWith("UndoManagerTest.cpp"));
+  EXPECT_GT(first.lastUndo.sourceLine, 0);
+  EXPECT_EQ(first.lastUndo.sourceFunction, "");
+}
 
 // A participant: a small history on the template that publishes drawer events to its observers
 // (the manager observes it; events handed to it are passed on) and writes what it is asked to do
@@ -65,9 +152,7 @@ class Participant : public TUndoImplTop<SettingsCore, void*>, public DrawerEvent
   }
   std::string GetMultiName() const override { return name_; }
 
-  std::string Text() const {
-    return Get(GetCurrentIndexImpl()).GetInfo().GetEffectsSettings().GetPackage().GetName();
-  }
+  std::string Text() const { return TextAt(*this, GetCurrentIndexImpl()); }
 
   // What to publish on undo and redo: a shape-item event, a frame event and a tool change, in
   // an order the manager has to rearrange.
@@ -86,6 +171,25 @@ class Participant : public TUndoImplTop<SettingsCore, void*>, public DrawerEvent
   std::string name_;
   std::vector<std::string>& journal_;
 };
+
+TEST(TUndoImplTest, LastActiveFrameLooksUpToTheCursorOnly) {
+  std::vector<std::string> journal;
+  Participant history("P", journal);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+  history.Edit("a");
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+  history.Get(0).SetFrameIndex(4);
+  history.Edit("b");  // no frame of its own
+  history.Edit("c", 2);
+  history.Edit("d", 9);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), 9u);
+  history.UndoImpl();
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), 4u);
+  history.UndoImpl();
+  history.UndoImpl();
+  history.Get(0).SetFrameIndex(kNoIndex);
+  EXPECT_EQ(history.GetLastActiveFrameIndexImpl(), kNoIndex);
+}
 
 class UndoManagerTest : public ::testing::Test {
  protected:
@@ -259,8 +363,6 @@ TEST_F(UndoManagerTest, TruncateReleasesFramesNoRemainingStepUses) {
   Change(a_, "A2", frame());         // 3
   Change(b_, "B2", frame());         // 4
   Change(a_, "A3", frame());         // 5
-  ASSERT_EQ(storage_.GetCount(), 6u);
-  ASSERT_EQ(manager_->GetStepCount(), 5u);
 
   manager_->Undo();
   manager_->Undo();  // cursor on step 2: A at A2 (frame 3), B at B1 (frame 2)

@@ -11,7 +11,6 @@
 // CANVARO_RANDOM_SEED=<seed> (and CANVARO_RANDOM_OPERATIONS=<n> for a longer session).
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <deque>
@@ -143,31 +142,32 @@ class RandomSession {
     struct Operation {
       int share;  // of the rolls out of 100
       const char* name;
-      void (RandomSession::*run)();
+      void (*run)(RandomSession&);
     };
     static constexpr Operation kOperations[] = {
-        {14, "add", &RandomSession::AddNextStep},
-        {3, "set", &RandomSession::SetStep},
-        {3, "shape state passed back", &RandomSession::ShapeStatePassedBack},
-        {13, "stroke", &RandomSession::Stroke},
-        {2, "clear mask", &RandomSession::ClearMask},
-        {10, "place shape", &RandomSession::PlaceShape},
-        {7, "move shape", &RandomSession::MoveShape},
-        {3, "remove shapes", &RandomSession::RemoveShapes},
-        {6, "transaction", &RandomSession::CommittedTransaction},
-        {2, "rollback", &RandomSession::RolledBackTransaction},
-        {17, "undo", &RandomSession::Undo},
-        {14, "redo", &RandomSession::Redo},
-        {2, "refused call", &RandomSession::RefusedCall},
-        {2, "save", &RandomSession::SaveWhileWorking},
-        {2, "save and load", &RandomSession::SaveAndLoad},
+        {14, "add", [](RandomSession& s) { s.Edit(&RandomSession::ApplyAdd); }},
+        {3, "set", [](RandomSession& s) { s.SetStep(); }},
+        {3, "shape state passed back", [](RandomSession& s) { s.ShapeStatePassedBack(); }},
+        {13, "stroke", [](RandomSession& s) { s.Edit(&RandomSession::ApplyStroke); }},
+        {2, "clear mask", [](RandomSession& s) { s.ClearMask(); }},
+        {10, "place shape", [](RandomSession& s) { s.Edit(&RandomSession::ApplyPlaceShape); }},
+        {7, "move shape", [](RandomSession& s) { s.MoveShape(); }},
+        {3, "remove shapes", [](RandomSession& s) { s.RemoveShapes(); }},
+        {6, "transaction", [](RandomSession& s) { s.Transaction(/*commit=*/true); }},
+        {2, "rollback", [](RandomSession& s) { s.Transaction(/*commit=*/false); }},
+        {17, "undo", [](RandomSession& s) { s.Undo(); }},
+        {14, "redo", [](RandomSession& s) { s.Redo(); }},
+        {2, "refused call", [](RandomSession& s) { s.RefusedCall(); }},
+        {2, "save", [](RandomSession& s) { s.SaveWhileWorking(); }},
+        {2, "save and load", [](RandomSession& s) { s.SaveAndLoad(); }},
     };
-    Do("add source", [&] { AddStep(/*first=*/true); });
+    // The source picture: the base step.
+    Do("add source", [&] { ApplyAdd(model_.steps.emplace_back()); });
     for (int i = 0; i < operations; ++i) {
       int roll = Uniform(0, 99);
       const Operation* operation = kOperations;
       while ((roll -= operation->share) >= 0) ++operation;
-      testing::AssertionResult result = Do(operation->name, [&] { (this->*operation->run)(); });
+      testing::AssertionResult result = Do(operation->name, [&] { operation->run(*this); });
       if (!result) return result;
     }
     return Do("final save and load", [&] { SaveAndLoad(); });
@@ -206,7 +206,8 @@ class RandomSession {
 
   // ---- edits: each applies to the document and to `view`, the state being built ----
 
-  void ApplyAdd(View& view, bool withMask) {
+  void ApplyAdd(View& view) {
+    const bool withMask = Uniform(0, 2) == 0;
     const std::uint8_t fill = NextFill();
     std::string package = "p" + std::to_string(fill);
     MaskPixels mask{};
@@ -292,16 +293,11 @@ class RandomSession {
 
   // ---- operations ----
 
-  void AddStep(bool first) {
-    View view = first ? View{} : model_.BeginEdit();
-    if (first) model_.items = 0;
-    ApplyAdd(view, Uniform(0, 2) == 0);
-    if (first) {
-      model_.steps = {view};
-      model_.cursor = 0;
-    } else {
-      model_.Commit(view);
-    }
+  // An edit that makes one step of its own.
+  void Edit(void (RandomSession::*apply)(View&)) {
+    View view = model_.BeginEdit();
+    (this->*apply)(view);
+    model_.Commit(view);
   }
 
   // Replaces the step in force. The model can follow only while the item in force has no
@@ -309,29 +305,16 @@ class RandomSession {
   void SetStep() {
     if (model_.cursor + 1 < model_.steps.size() || model_.Now().maskIndex != 0) return;
     const unsigned item = model_.Now().item;
-    View replaced = model_.Now();
     const std::uint8_t fill = NextFill();
-    replaced.fill = fill;
-    replaced.package = "set" + std::to_string(fill);
-    replaced.mask = {};
-    doc_->Set(Settings(replaced.package), Picture(fill), nullptr, MaskOver({0, 0, 0, 0}));
+    const std::string package = "set" + std::to_string(fill);
+    doc_->Set(Settings(package), Picture(fill), nullptr, MaskOver({0, 0, 0, 0}));
     for (View& view : model_.steps) {
       if (view.item == item) {
-        view.fill = replaced.fill;
-        view.package = replaced.package;
-        view.mask = replaced.mask;
+        view.fill = fill;
+        view.package = package;
+        view.mask = {};
       }
     }
-  }
-
-  void AddNextStep() { AddStep(/*first=*/false); }
-  void CommittedTransaction() { Transaction(/*commit=*/true); }
-  void RolledBackTransaction() { Transaction(/*commit=*/false); }
-
-  void Stroke() {
-    View view = model_.BeginEdit();
-    ApplyStroke(view);
-    model_.Commit(view);
   }
 
   void ClearMask() {
@@ -345,19 +328,10 @@ class RandomSession {
     model_.Commit(view);
   }
 
-  void PlaceShape() {
-    View view = model_.BeginEdit();
-    ApplyPlaceShape(view);
-    model_.Commit(view);
-  }
-
   void MoveShape() {
-    const auto& shapes = model_.Now().shapes;
-    if (std::none_of(shapes.begin(), shapes.end(), [](const Shape& s) { return s.visible; })) {
-      return;
-    }
-    View view = model_.BeginEdit();
-    ApplyMoveShape(view);
+    View view = model_.Now();
+    if (!ApplyMoveShape(view)) return;  // no visible shape: no step
+    model_.BeginEdit();
     model_.Commit(view);
   }
 
@@ -389,7 +363,7 @@ class RandomSession {
       for (int i = 0; i < edits; ++i) {
         switch (Uniform(0, 3)) {
           case 0:
-            ApplyAdd(view, Uniform(0, 1) == 0);
+            ApplyAdd(view);
             ++added;
             break;
           case 1:
@@ -426,10 +400,7 @@ class RandomSession {
     if (record == doc_->GetShapeItemInfo(item, kCurrent)) return;  // records nothing
     View view = model_.BeginEdit();
     view.shapes.resize(model_.shapeItems, Shape{ShapeType::Line, 0, false});
-    Shape& shape = view.shapes[item];
-    shape.kind = record->GetShapeType();
-    shape.x = record->GetPosition().GetX();
-    shape.visible = record->IsVisible();
+    view.shapes[item] = {record->GetShapeType(), record->GetPosition().GetX(), record->IsVisible()};
     doc_->SetShape(record, nullptr);
     model_.Commit(view);
   }
@@ -444,7 +415,7 @@ class RandomSession {
                           std::to_string(static_cast<int>(code));
       }
     };
-    switch (Uniform(0, 7)) {
+    switch (Uniform(0, 6)) {
       case 0:
         expect(CanvaroError::InvalidArgument, [&] { doc_->GetVideo(items + 3); });
         break;
@@ -455,21 +426,17 @@ class RandomSession {
       case 2:
         expect(CanvaroError::InvalidArgument, [&] { doc_->SetShape(ShapeInfo(), nullptr); });
         break;
-      case 3:
+      case 3: {
+        // A mask of another format, or of another size than the picture.
+        const bool rgba = Uniform(0, 1) == 0;
+        const auto mask = Proc::DataVideoFF::Create(rgba ? Proc::PixFmt::RGBA : Proc::PixFmt::Gray8,
+                                                    {kWidth, kHeight + (rgba ? 0 : 1), 1, 1});
         expect(CanvaroError::InvalidArgument, [&] {
-          doc_->Add(Settings("refused"), Picture(1),
-                    Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {kWidth, kHeight, 1, 1}),
-                    MaskOver({0, 1, 0, 1}));
+          doc_->Add(Settings("refused"), Picture(1), mask, MaskOver({0, 1, 0, 1}));
         });
         break;
+      }
       case 4:
-        expect(CanvaroError::InvalidArgument, [&] {
-          doc_->Add(Settings("refused"), Picture(1),
-                    Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {kWidth, kHeight + 1, 1, 1}),
-                    MaskOver({0, 1, 0, 1}));
-        });
-        break;
-      case 5:
         expect(CanvaroError::InvalidArgument, [&] {
           doc_->SetShapes({doc_->GetShapeItems(ShapeType::All).size() > 0
                                ? doc_->GetShapeItems(ShapeType::All)[0]
@@ -477,7 +444,7 @@ class RandomSession {
                            ShapeInfo()});
         });
         break;
-      case 6:
+      case 5:
         // Undo at the base step and redo at the last step do nothing.
         if (!doc_->IsUndoEnabled()) doc_->Undo();
         if (!doc_->IsRedoEnabled()) doc_->Redo();
@@ -524,15 +491,15 @@ class RandomSession {
   }
 
   // Saves without waiting: the worker writes the swap files while the session goes on.
-  void SaveWhileWorking() {
+  Core::Property SaveWhileWorking() {
     Core::Property tree;
     doc_->Serialize(Drevin::SerializerProperty::Create(tree));
+    return tree;
   }
 
   // Saves, waits for the swap files and goes on with a fresh document loaded from the save.
   void SaveAndLoad() {
-    Core::Property tree;
-    doc_->Serialize(Drevin::SerializerProperty::Create(tree));
+    const Core::Property tree = SaveWhileWorking();
     doc_->WaitForPendingSaves();
     ICanvaroUndoPtr loaded = NewDocument();
     loaded->Deserialize(Drevin::SerializerProperty::Create(std::as_const(tree)));
@@ -547,66 +514,58 @@ class RandomSession {
       if (ReadMask(picture) != bytes)
         return testing::AssertionFailure() << "the document changed a host's mask picture";
     }
+    const std::string expected = Expected(), shown = Shown();
+    if (shown == expected) return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << "expected:\n    " << expected << "\n  the document shows:\n    " << shown;
+  }
+
+  // What the model expects the document to show, in the words of Shown().
+  std::string Expected() const {
     const View& want = model_.Now();
-    const ICanvaroUndo& doc = *doc_;
-    auto fail = [](const std::string& what, auto expected, auto actual) {
-      std::ostringstream text;
-      text << what << ": expected " << expected << ", the document shows " << actual;
-      return testing::AssertionFailure() << text.str();
-    };
-    if (doc.GetCurrentIndex() != want.item) return fail("item", want.item, doc.GetCurrentIndex());
-    if (doc.GetVideoCount() != model_.items)
-      return fail("items", model_.items, doc.GetVideoCount());
-    if (doc.IsUndoEnabled() != (model_.cursor > 0))
-      return fail("undo", model_.cursor > 0, doc.IsUndoEnabled());
-    const bool redo = model_.cursor + 1 < model_.steps.size();
-    if (doc.IsRedoEnabled() != redo) return fail("redo", redo, doc.IsRedoEnabled());
-
-    const Proc::IDataVideoPtr picture = doc.GetVideo(kCurrent);
-    if (!picture ||
-        canvaro_test::PackedBytes(*picture) != canvaro_test::PackedBytes(*Picture(want.fill)))
-      return fail("picture filled with", unsigned{want.fill}, "other pixels");
-    const std::string package =
-        doc.GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName();
-    if (package != want.package) return fail("package", want.package, package);
-
-    if (doc.GetCurrentMaskIndex() != want.maskIndex)
-      return fail("mask index", want.maskIndex, doc.GetCurrentMaskIndex());
-    const std::size_t painted = static_cast<std::size_t>(
-        std::count_if(want.mask.begin(), want.mask.end(), [](std::uint8_t p) { return p != 0; }));
-    if (doc.GetMaskPixelCount({}) != painted)
-      return fail("painted pixels", painted, doc.GetMaskPixelCount({}));
-    for (std::uint8_t brush = 1; brush <= 3; ++brush) {
-      const auto count =
-          static_cast<std::uint64_t>(std::count(want.mask.begin(), want.mask.end(), brush));
-      if (doc.GetMaskPixelCount({brush}) != count)
-        return fail("pixels of brush " + std::to_string(brush), count,
-                    doc.GetMaskPixelCount({brush}));
-    }
-    if (ReadMask(doc.GetMask(kCurrent)) != want.mask)
-      return testing::AssertionFailure() << "mask pixels differ";
-
-    std::vector<std::pair<std::int32_t, double>> shown;
-    for (const ShapeInfo& shape : doc.GetShapeActiveItems(ShapeType::All)) {
-      shown.emplace_back(shape->GetIndex(), shape->GetPosition().GetX());
-    }
-    std::vector<std::pair<std::int32_t, double>> expected;
+    std::ostringstream text;
+    text << "step " << model_.cursor << " of " << model_.steps.size() << ", item " << want.item
+         << " of " << model_.items << ", undo " << (model_.cursor > 0) << ", redo "
+         << (model_.cursor + 1 < model_.steps.size()) << ", fill " << unsigned{want.fill}
+         << ", package " << want.package << ", mask " << want.maskIndex << ' ' << Digits(want.mask)
+         << ", counted "
+         << std::count_if(want.mask.begin(), want.mask.end(), [](std::uint8_t p) { return p; });
+    for (std::uint8_t brush = 1; brush <= 3; ++brush)
+      text << ' ' << std::count(want.mask.begin(), want.mask.end(), brush);
+    text << ", shapes";
     for (std::size_t i = 0; i < want.shapes.size(); ++i) {
-      if (want.shapes[i].visible)
-        expected.emplace_back(static_cast<std::int32_t>(i), want.shapes[i].x);
+      if (want.shapes[i].visible) text << ' ' << i << '@' << want.shapes[i].x;
     }
-    if (shown.size() != expected.size())
-      return fail("visible shapes", expected.size(), shown.size());
-    for (std::size_t i = 0; i < shown.size(); ++i) {
-      if (shown[i].first != expected[i].first ||
-          std::abs(shown[i].second - expected[i].second) > 1e-9) {
-        return fail("shape " + std::to_string(expected[i].first) + " at x", expected[i].second,
-                    shown[i].second);
-      }
-    }
-    if (doc.GetShapeItemCount(ShapeType::All) != model_.shapeItems)
-      return fail("shape items", model_.shapeItems, doc.GetShapeItemCount(ShapeType::All));
-    return testing::AssertionSuccess();
+    text << " of " << model_.shapeItems;
+    return text.str();
+  }
+
+  // The state the document shows: step, item, picture, mask pixels and counts, visible shapes.
+  std::string Shown() const {
+    const ICanvaroUndo& doc = *doc_;
+    const std::string picture = canvaro_test::Pixels(doc.GetVideo(kCurrent));
+    const auto fill = static_cast<std::uint8_t>(picture.empty() ? 0 : picture[0]);
+    std::ostringstream text;
+    text << "step " << doc.GetUndoManager().GetCurrentStep() << " of "
+         << doc.GetUndoManager().GetStepCount() << ", item " << doc.GetCurrentIndex() << " of "
+         << doc.GetVideoCount() << ", undo " << doc.IsUndoEnabled() << ", redo "
+         << doc.IsRedoEnabled() << ", fill "
+         << (picture == canvaro_test::Pixels(Picture(fill)) ? std::to_string(fill) : "other")
+         << ", package " << doc.GetSettings(kCurrent).GetEffectsSettings().GetPackage().GetName()
+         << ", mask " << doc.GetCurrentMaskIndex() << ' ' << Digits(ReadMask(doc.GetMask(kCurrent)))
+         << ", counted " << doc.GetMaskPixelCount({});
+    for (std::uint8_t brush = 1; brush <= 3; ++brush) text << ' ' << doc.GetMaskPixelCount({brush});
+    text << ", shapes";
+    for (const ShapeInfo& shape : doc.GetShapeActiveItems(ShapeType::All))
+      text << ' ' << shape->GetIndex() << '@' << shape->GetPosition().GetX();
+    text << " of " << doc.GetShapeItemCount(ShapeType::All);
+    return text.str();
+  }
+
+  static std::string Digits(const MaskPixels& mask) {
+    std::string digits;
+    for (const std::uint8_t p : mask) digits += static_cast<char>('0' + p);
+    return digits;
   }
 
   std::mt19937 random_;
