@@ -42,19 +42,15 @@ class CanvaroUndoMemoryTest : public DocumentTest {
   void AddSourceAndLarge(ICanvaroUndo& document, std::int32_t sourceWidth) {
     source_ = std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(sourceWidth));
     std::fill_n(source_.get(), sourceWidth, std::uint8_t{0x5A});
-    sourcePicture_ = External(source_.get(), sourceWidth, 1);
-    document.Add(Settings("Source"), sourcePicture_, nullptr, NoMask());
-    auto large = External(large_.get(), kLargeWidth, kLargeHeight);
-    ASSERT_EQ(sourcePicture_->GetBufferSize() + large->GetBufferSize(),
-              kThreshold - 16000 + static_cast<std::uint64_t>(sourceWidth));
-    document.Add(Settings("Large"), large, nullptr, NoMask());
+    document.Add(Settings("Source"), External(source_.get(), sourceWidth, 1), nullptr, NoMask());
+    document.Add(Settings("Large"), External(large_.get(), kLargeWidth, kLargeHeight), nullptr,
+                 NoMask());
   }
 
   std::vector<std::string> MemoryWarnings() const { return log.Messages(google::GLOG_WARNING); }
 
   std::unique_ptr<std::uint8_t[]> large_;
   std::unique_ptr<std::uint8_t[]> source_;
-  Proc::IDataVideoPtr sourcePicture_;
 };
 
 TEST_F(CanvaroUndoMemoryTest, AtTheBudgetEverythingButThePictureInForceIsSwapped) {
