@@ -21,9 +21,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CanvaroUndoFixture.h"
 #include "canvaro/foundation/CanvaroException.h"
 #include "canvaro/shapes/LineInfo.h"
+#include "support/DocumentTest.h"
 #include "support/Errors.h"
 #include "support/Outcome.h"
 
@@ -33,8 +33,6 @@ using namespace Kelbra;
 using namespace Kelbra::Canvaro;
 using namespace canvaro_test;
 namespace fs = std::filesystem;
-
-constexpr unsigned kCurrent = ICanvaroUndo::kCurrentItem;
 
 // Everything a host sees of a document, walking its whole history and coming back.
 std::string Summary(ICanvaroUndo& doc) {
@@ -47,7 +45,8 @@ std::string Summary(ICanvaroUndo& doc) {
   for (const ShapeInfo& shape : doc.GetShapeItems(ShapeType::All)) {
     text += "shape " + std::to_string(shape->GetPosition().GetX()) + "\n";
   }
-  if (doc.GetShapeItemCount(ShapeType::All) > 0) text += Pixels(doc.GetShapeItemVideo(0, kCurrent));
+  if (doc.GetShapeItemCount(ShapeType::All) > 0)
+    text += Pixels(doc.GetShapeItemVideo(0, ICanvaroUndo::kCurrentItem));
   text += " painted " + std::to_string(doc.GetMaskPixelCount({}));
   return text;
 }
