@@ -146,56 +146,42 @@ TEST_F(SwapFaultTest, SetReleasesThePicturesItReplaces) {
 
 // ---- swap files damaged between saving and loading ----
 
-class DamagedSwapFileTest : public testing::Test {
- protected:
-  // The sample session saved into a fresh directory, and the names of its swap files.
-  struct Saved {
-    TempDir dir;
-    std::string text;
-    std::vector<std::string> files;
-  };
-
-  static std::unique_ptr<Saved> SaveSession() {
-    auto saved = std::make_unique<Saved>();
-    for (const auto& document : WriteSampleDocuments(saved->dir.path())) {
-      if (document.name == "session") saved->text = document.text;
-    }
-    for (const auto& entry : fs::directory_iterator(saved->dir.path().native())) {
-      const std::string name = entry.path().filename().string();
-      // Only the files that this save names: no frame is ever renamed after its first save.
-      if (saved->text.find('"' + name + '"') != std::string::npos) saved->files.push_back(name);
-    }
-    std::sort(saved->files.begin(), saved->files.end());
-    return saved;
-  }
-
-  static ICanvaroUndoPtr Load(const Saved& saved) {
-    auto doc = MakeDocument(saved.dir.path());
-    doc->Deserialize(
-        Drevin::SerializerProperty::Create(Core::PropertySerializer::FromString(saved.text)));
-    return doc;
-  }
-};
-
 // A missing swap file fails the load with the swap file code. A truncated one does not (the load
 // reads names, not pictures): the damage shows when the picture is needed, and what needs no
-// picture still answers.
-TEST_F(DamagedSwapFileTest, AnyMissingOrTruncatedSwapFileFailsOnlyWhatNeedsIt) {
-  const std::size_t count = SaveSession()->files.size();
-  ASSERT_GE(count, 5u);  // pictures, mask strokes, a shape's picture
-  for (std::size_t i = 0; i < count; ++i) {
+// picture still answers. Each case damages a copy of one saved sample session.
+TEST(DamagedSwapFileTest, AnyMissingOrTruncatedSwapFileFailsOnlyWhatNeedsIt) {
+  TempDir saved;
+  std::string text;
+  for (const auto& document : WriteSampleDocuments(saved.path())) {
+    if (document.name == "session") text = document.text;
+  }
+  std::vector<std::string> files;
+  for (const auto& entry : fs::directory_iterator(saved.path().native())) {
+    const std::string name = entry.path().filename().string();
+    // Only the files that this save names: no frame is ever renamed after its first save.
+    if (text.find('"' + name + '"') != std::string::npos) files.push_back(name);
+  }
+  ASSERT_GE(files.size(), 5u);  // pictures, mask strokes, a shape's picture
+  for (const std::string& damaged : files) {
     for (const bool truncate : {false, true}) {
-      const auto saved = SaveSession();
-      SCOPED_TRACE(saved->files[i] + (truncate ? " truncated" : " missing"));
-      const fs::path file = (saved->dir / saved->files[i]).native();
+      SCOPED_TRACE(damaged + (truncate ? " truncated" : " missing"));
+      TempDir copy;
+      fs::copy(saved.path().native(), copy.path().native());
+      const auto load = [&] {
+        auto doc = MakeDocument(copy.path());
+        doc->Deserialize(
+            Drevin::SerializerProperty::Create(Core::PropertySerializer::FromString(text)));
+        return doc;
+      };
+      const fs::path file = (copy / damaged).native();
       if (!truncate) {
         fs::remove(file);
-        EXPECT_EQ(OutcomeOf([&] { Load(*saved); }), Outcome::SwapFileFailure);
+        EXPECT_EQ(OutcomeOf(load), Outcome::SwapFileFailure);
         continue;
       }
       fs::resize_file(file, fs::file_size(file) / 2);
       ICanvaroUndoPtr doc;
-      ASSERT_EQ(OutcomeOf([&] { doc = Load(*saved); }), Outcome::Done);
+      ASSERT_EQ(OutcomeOf([&] { doc = load(); }), Outcome::Done);
       const Outcome used = OutcomeOf([&] { ExerciseDocument(*doc); });
       EXPECT_TRUE(used == Outcome::Done || used == Outcome::SwapFileFailure) << used;
       EXPECT_GE(doc->GetVideoCount(), 3u);
