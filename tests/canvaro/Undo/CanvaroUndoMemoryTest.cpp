@@ -85,18 +85,16 @@ TEST_F(CanvaroUndoMemoryTest, AtTheBudgetEverythingButThePictureInForceIsSwapped
 
 // One byte below the budget nothing is swapped; without a swap directory nothing is at any size.
 TEST_F(CanvaroUndoMemoryTest, BelowTheBudgetOrWithoutASwapDirectoryNothingIsSwapped) {
-  AddSourceAndLarge(*doc, 15999);
-  doc->WaitForPendingSaves();
-  EXPECT_EQ(doc->GetCoreSize(), kThreshold - 1);
-  EXPECT_TRUE(doc->GetFrameStorage().GetFileName(0).empty());
-  doc.reset();
-
-  auto unswapped = ICanvaroUndo::Create(ioPath(), [] { return std::string("unused.raw"); });
-  AddSourceAndLarge(*unswapped, 16000);
-  unswapped->WaitForPendingSaves();
-  EXPECT_EQ(unswapped->GetCoreSize(), kThreshold);
+  for (const bool swapDirectory : {true, false}) {
+    const ICanvaroUndoPtr document =
+        swapDirectory ? MakeDocument("below")
+                      : ICanvaroUndo::Create(ioPath(), [] { return std::string("unused.raw"); });
+    AddSourceAndLarge(*document, swapDirectory ? 15999 : 16000);
+    document->WaitForPendingSaves();
+    EXPECT_EQ(document->GetCoreSize(), swapDirectory ? kThreshold - 1 : kThreshold);
+    EXPECT_TRUE(document->GetFrameStorage().GetFileName(0).empty());
+  }
   EXPECT_THAT(MemoryWarnings(), IsEmpty());
-  EXPECT_TRUE(unswapped->GetFrameStorage().GetFileName(0).empty());
 }
 
 }  // namespace
