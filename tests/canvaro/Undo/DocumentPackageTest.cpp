@@ -131,10 +131,7 @@ TEST_F(DocumentPackageTest, OpensEqualOverSaveOpenCyclesAndFailuresLeaveItAlone)
     for (const auto& entry : fs::directory_iterator(swap)) fs::remove(entry.path());
     broken->CheckForSize();
     broken->GetFrameStorage().WaitForPendingSaves();
-    EXPECT_EQ(OutcomeOf([&] {
-                for (unsigned i = 0; i < broken->GetVideoCount(); ++i) broken->GetVideo(i);
-              }),
-              Outcome::SwapFileFailure);
+    EXPECT_EQ(OutcomeOf([&] { broken->GetVideo(0); }), Outcome::SwapFileFailure);
     // A picture is truly gone now: saving fails, naming it, and leaves the package alone.
     EXPECT_THAT(ErrorText<CanvaroException>([&] { SaveDocument(*broken, Package()); }),
                 ::testing::HasSubstr("gone"));
