@@ -58,9 +58,8 @@ TEST_F(CanvaroUndoMemoryTest, AtTheBudgetEverythingButThePictureInForceIsSwapped
   EXPECT_THAT(MemoryWarnings(), ElementsAre("Memory usage: 262144000. Swap required"));
   doc->WaitForPendingSaves();
 
-  const ioPath swapped = doc->GetFrameStorage().GetFileName(0);
-  ASSERT_FALSE(swapped.empty());
-  EXPECT_TRUE((dir / swapped).exists());
+  EXPECT_TRUE(
+      std::filesystem::is_regular_file((dir / doc->GetFrameStorage().GetFileName(0)).native()));
   // Only the picture in force is left in memory.
   EXPECT_EQ(doc->GetCoreSize(), kThreshold - 16000);
   EXPECT_TRUE(doc->GetFrameStorage().GetFileName(doc->GetUsedFrameIndexList()[0]).empty());
@@ -69,16 +68,13 @@ TEST_F(CanvaroUndoMemoryTest, AtTheBudgetEverythingButThePictureInForceIsSwapped
   log.Clear();
   doc->Undo();
   EXPECT_EQ(doc->GetCurrentIndex(), 0u);
-  const auto source = doc->GetVideo(ICanvaroUndo::kCurrentItem);
-  EXPECT_EQ(Pixels(source), std::string(16000, '\x5A'));
-  const std::uint64_t bothInMemory = kThreshold - 16000 + source->GetBufferSize();
-  EXPECT_EQ(doc->GetCoreSize(), bothInMemory);
+  EXPECT_EQ(Pixels(doc->GetVideo(ICanvaroUndo::kCurrentItem)), std::string(16000, '\x5A'));
+  EXPECT_EQ(doc->GetCoreSize(), kThreshold);
   EXPECT_THAT(MemoryWarnings(), IsEmpty());
 
   // Redo makes the large picture current again and checks the budget.
   doc->Redo();
-  EXPECT_THAT(MemoryWarnings(),
-              ElementsAre("Memory usage: " + std::to_string(bothInMemory) + ". Swap required"));
+  EXPECT_THAT(MemoryWarnings(), ElementsAre("Memory usage: 262144000. Swap required"));
   doc->WaitForPendingSaves();
   EXPECT_EQ(doc->GetCoreSize(), kThreshold - 16000);
 }
