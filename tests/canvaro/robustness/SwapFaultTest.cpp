@@ -135,8 +135,7 @@ TEST_F(SwapFaultTest, WithoutASwapDirectoryNothingIsWrittenAnywhere) {
 
 TEST_F(SwapFaultTest, SetReleasesThePicturesItReplaces) {
   const std::uint64_t size = doc_->GetCoreSize();
-  auto mask = Proc::DataVideoFF::Create(Proc::PixFmt::Gray8, {8, 6, 1, 1});
-  mask->Fill(Proc::Color(9, 9, 9, 255));
+  const auto mask = MaskPicture(0, 8, 0, 6, 9);
   for (int i = 0; i < 20; ++i) doc_->Set(Settings("Set"), Picture(7), mask, NoMask());
   EXPECT_LE(doc_->GetCoreSize(), size + mask->GetBufferSize());
   Save(*doc_);
