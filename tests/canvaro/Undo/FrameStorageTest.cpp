@@ -243,8 +243,7 @@ TEST_F(FrameStorageTest, GeneratedNamesNeverReplaceFilesAndAreAllDrawnFirst) {
   other.AddFrame(Picture(1));
   other.AddFrame(Picture(2));
   EXPECT_THROW(other.SwapExcept({}), std::runtime_error);
-  EXPECT_TRUE(other.GetFileName(0).empty());
-  EXPECT_TRUE(other.GetFileName(1).empty());
+  for (Index i = 0; i < 2; ++i) EXPECT_TRUE(other.GetFileName(i).empty()) << i;
 
   // Out-of-range frames are refused with a code, not read from freed memory.
   EXPECT_EQ(OutcomeOf([&] { storage.GetFrame(3); }), Outcome::InvalidArgument);
