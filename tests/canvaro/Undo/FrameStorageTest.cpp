@@ -3,7 +3,6 @@
 
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -274,32 +273,25 @@ TEST_F(FrameStorageTest, UnusableSwapDirectoriesAndDamagedFilesFailTheStorage) {
 // it fails instead of killing the process), the one picture too large for it fails the storage.
 TEST_F(FrameStorageTest, FileSizeLimitFailsTheStorageWithoutCrashing) {
   const ioPath swap = dir_.path();
-  const pid_t child = ::fork();
-  if (child == 0) {
+  const auto run = [&] {
     ::signal(SIGXFSZ, SIG_IGN);
     const rlimit fileSize{64 * 1024, 64 * 1024};
-    if (::setrlimit(RLIMIT_FSIZE, &fileSize) != 0) ::_exit(99);
-    ::_exit([&swap] {
-      Names names;
-      {
-        FrameStorage storage(swap, names.Generator());
-        storage.AddFrame(Picture(1));
-        storage.AddFrame(Picture(2, {200, 200, 1, 1}));  // 120 kB of pixels
-        storage.AddFrame(Picture(3));
-        storage.SwapExcept({});
-        storage.WaitForPendingSaves();
-        if (!storage.IsFailed()) return 1;
-        if (!(swap / "f0").exists() || !(swap / "f2").exists()) return 2;
-        if ((swap / "f1").exists()) return 3;  // never half written
-        if (OutcomeOf([&] { storage.GetFrame(0); }) != Outcome::SwapFileFailure) return 4;
-      }
-      return swap.exists() ? 5 : 0;
-    }());
-  }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  EXPECT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+    if (::setrlimit(RLIMIT_FSIZE, &fileSize) != 0) return 99;
+    {
+      FrameStorage storage(swap, names_.Generator());
+      storage.AddFrame(Picture(1));
+      storage.AddFrame(Picture(2, {200, 200, 1, 1}));  // 120 kB of pixels
+      storage.AddFrame(Picture(3));
+      storage.SwapExcept({});
+      storage.WaitForPendingSaves();
+      if (!storage.IsFailed()) return 1;
+      if (!(swap / "f0").exists() || !(swap / "f2").exists()) return 2;
+      if ((swap / "f1").exists()) return 3;  // never half written
+      if (OutcomeOf([&] { storage.GetFrame(0); }) != Outcome::SwapFileFailure) return 4;
+    }
+    return swap.exists() ? 5 : 0;
+  };
+  EXPECT_EXIT(::_exit(run()), testing::ExitedWithCode(0), "");
 }
 
 // Reading pictures back keeps the others under the load budget by letting go of the least
