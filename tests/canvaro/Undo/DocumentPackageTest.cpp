@@ -159,8 +159,7 @@ TEST_F(DocumentPackageTest, OpensEqualOverSaveOpenCyclesAndFailuresLeaveItAlone)
 TEST_F(DocumentPackageTest, ADamagedPictureIsReportedAndRefusedAndLeftAsItIs) {
   Edit(*doc);
   SaveDocument(*doc, Package());
-  const fs::path pictures = Package().native() / "pictures";
-  const fs::path victim = fs::directory_iterator(pictures)->path();
+  const fs::path victim = fs::directory_iterator(Package().native() / "pictures")->path();
   // Its last byte changes.
   std::fstream(victim, std::ios::in | std::ios::out | std::ios::binary)
       .seekp(-1, std::ios::end)
