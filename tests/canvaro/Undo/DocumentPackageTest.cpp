@@ -205,8 +205,7 @@ TEST_F(DocumentPackageTest, AFullDiskFailsTheSaveOrTheSwapAndLosesNothing) {
   for (ICanvaroUndo* document : {session.get(), doc.get()}) document->Undo();
   session->GetFrameStorage().SwapExcept({});
   session->WaitForPendingSaves();
-  ASSERT_TRUE(session->GetFrameStorage().IsFailed());
-  EXPECT_THROW(session->GetVideo(0), CanvaroException);
+  ASSERT_TRUE(session->GetFrameStorage().IsFailed());  // and hands out nothing (SwapFaultTest)
   SaveDocument(*session, Package());
   EXPECT_EQ(Summary(*Open("rescued")), Summary(*doc));
 }
