@@ -158,9 +158,8 @@ TEST_F(FrameStorageTest, EditsDuringWritesLeaveNoStaleFilesAndTheBacklogBoundsMe
     EXPECT_EQ(Pixels(storage, i), PackedBytes(*picture(seeds[i]))) << i;
   }
   std::set<std::string> files;
-  for (const auto& entry : fs::directory_iterator(dir_.path().native())) {
+  for (const auto& entry : fs::directory_iterator(dir_.path().native()))
     files.insert(entry.path().filename().string());
-  }
   EXPECT_EQ(files, held);
 }
 
