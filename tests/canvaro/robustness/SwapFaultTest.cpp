@@ -122,9 +122,7 @@ TEST_F(SwapFaultTest, WithoutASwapDirectoryNothingIsWrittenAnywhere) {
   fs::current_path(Swap().native());
   doc_ = MakeDocument(ioPath());
   Edit(*doc_);
-  Core::Property tree;
-  EXPECT_EQ(OutcomeOf([&] { doc_->Serialize(Drevin::SerializerProperty::Create(tree)); }),
-            Outcome::InvalidState);
+  EXPECT_EQ(OutcomeOf([&] { Save(*doc_); }), Outcome::InvalidState);
   doc_->WaitForPendingSaves();
   EXPECT_TRUE(fs::is_empty(Swap().native()));
   EXPECT_EQ(doc_->GetVideoCount(), 3u);
@@ -178,8 +176,7 @@ TEST(DamagedSwapFileTest, AnyMissingOrTruncatedSwapFileFailsOnlyWhatNeedsIt) {
         continue;
       }
       fs::resize_file(file, fs::file_size(file) / 2);
-      ICanvaroUndoPtr doc;
-      ASSERT_EQ(OutcomeOf([&] { doc = load(); }), Outcome::Done);
+      const ICanvaroUndoPtr doc = load();  // names only: loads whole
       const Outcome used = OutcomeOf([&] { ExerciseDocument(*doc); });
       EXPECT_TRUE(used == Outcome::Done || used == Outcome::SwapFileFailure) << used;
       EXPECT_GE(doc->GetVideoCount(), 3u);
