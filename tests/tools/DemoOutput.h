@@ -49,8 +49,7 @@ class DemoOutputTest : public ::testing::Test {
 
   // What `canvaro inspect --json` says of the document in `dir`.
   static nlohmann::json InspectJson(const std::filesystem::path& dir) {
-    const ToolRun run = RunToolOk({"inspect", dir.string(), "--json"});
-    return nlohmann::json::parse(run.out);
+    return nlohmann::json::parse(RunToolOk({"inspect", dir.string(), "--json"}).out);
   }
   // The swap file of item `item`'s picture.
   static std::string PictureFile(const std::filesystem::path& dir, int item) {
