@@ -18,19 +18,14 @@ using ::testing::StartsWith;
 
 TEST(CommandLineTest, EveryCommandExplainsItself) {
   for (const std::string command : {"demo", "inspect", "verify", "export"}) {
-    const ToolRun run = RunTool({command, "--help"});
-    EXPECT_EQ(run.status, 0) << command;
+    const ToolRun run = RunToolOk({command, "--help"});
     EXPECT_THAT(run.out, StartsWith("Usage: canvaro " + command)) << command;
     EXPECT_EQ(RunTool({"help", command}).out, run.out) << command;
   }
   for (const std::vector<std::string>& args : {std::vector<std::string>{"--help"}, {"help"}}) {
-    const ToolRun overview = RunTool(args);
-    EXPECT_EQ(overview.status, 0);
-    EXPECT_THAT(overview.out, HasSubstr("export"));
+    EXPECT_THAT(RunToolOk(args).out, HasSubstr("export"));
   }
-  const ToolRun version = RunTool({"--version"});
-  EXPECT_EQ(version.status, 0);
-  EXPECT_EQ(version.out, std::string("canvaro ") + CANVARO_VERSION_STRING + "\n");
+  EXPECT_EQ(RunToolOk({"--version"}).out, std::string("canvaro ") + CANVARO_VERSION_STRING + "\n");
 }
 
 TEST(CommandLineTest, UsageErrorsExitWithTwoAndOneLine) {
@@ -50,39 +45,33 @@ TEST(CommandLineTest, UsageErrorsExitWithTwoAndOneLine) {
   }
 }
 
-class BrokenDocumentTest : public DemoOutputTest {
- protected:
-  // Every command that reads a document fails on `document` with status 1 and one line that
-  // contains `expected`.
-  void ExpectEveryReaderFails(const std::filesystem::path& document, const std::string& expected) {
-    const std::string doc = document.string();
+class BrokenDocumentTest : public DemoOutputTest {};
+
+// Every command that reads a document fails on each broken one with status 1 and one line that
+// names the cause.
+TEST_F(BrokenDocumentTest, MissingMalformedOrWronglyTypedDocumentsAreRefused) {
+  const auto dir = FreshCopy();
+  std::ofstream(dir / "garbage.json") << "{\"entries\": [ {\"key\": \"Index\", \"int\": ";
+  std::ofstream(dir / "other.json") << "{\"entries\": []}";
+  // A string where the first item's frame index belongs.
+  EditDocument(dir, [](Kelbra::Core::Property& tree) {
+    Collection(tree, "Items")[0].SetString("FrameIndex", "zero");
+  });
+  const std::pair<std::string, std::string> cases[] = {
+      {"none.json", "no such file"},
+      {"garbage.json", "cannot read document"},
+      {"other.json", "not a saved document"},
+      {"document.json", "malformed document: Items[0].FrameIndex: holds string, expected int"}};
+  for (const auto& [name, expected] : cases) {
+    const std::string doc = (dir / name).string();
     for (const auto& args : std::vector<std::vector<std::string>>{
              {"inspect", doc},
              {"inspect", doc, "--json"},
              {"verify", doc},
-             {"export", doc, "--out", (document.parent_path() / "out.png").string()}}) {
-      EXPECT_TRUE(FailedWith(RunTool(args), 1, expected)) << args[0];
+             {"export", doc, "--out", (dir / "out.png").string()}}) {
+      EXPECT_TRUE(FailedWith(RunTool(args), 1, expected)) << args[0] << " " << name;
     }
   }
-};
-
-TEST_F(BrokenDocumentTest, MissingMalformedOrWronglyTypedDocumentsAreRefused) {
-  const auto dir = FreshCopy();
-  ExpectEveryReaderFails(dir / "none.json", "no such file");
-
-  std::ofstream(dir / "garbage.json") << "{\"entries\": [ {\"key\": \"Index\", \"int\": ";
-  ExpectEveryReaderFails(dir / "garbage.json", "cannot read document");
-
-  std::ofstream(dir / "other.json") << "{\"entries\": []}";
-  ExpectEveryReaderFails(dir / "other.json", "not a saved document");
-
-  // A string where the first item's frame index belongs.
-  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
-  std::get<Kelbra::Core::Property::Collection>(tree.Find("Items")->value)[0].SetString("FrameIndex",
-                                                                                       "zero");
-  WriteTree(tree, dir / "typed.json");
-  ExpectEveryReaderFails(dir / "typed.json",
-                         "malformed document: Items[0].FrameIndex: holds string, expected int");
 }
 
 }  // namespace

@@ -29,22 +29,18 @@ TEST_F(DemoCommandTest, TheSessionIsSavedAndReloadsStepByStep) {
 }
 
 TEST_F(DemoCommandTest, APngPictureBecomesTheSourceItem) {
-  canvaro_tool::RgbaImage source;
-  source.width = 40;
-  source.height = 30;
+  canvaro_tool::RgbaImage source{40, 30, {}};
   for (std::uint32_t i = 0; i < 40 * 30; ++i) {
     source.pixels.insert(source.pixels.end(),
                          {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i / 7),
                           static_cast<std::uint8_t>(255 - i % 256), 255});
   }
   canvaro_tool::WritePng(Scratch("in.png"), source);
-  const ToolRun run = RunTool({"demo", "--picture", Scratch("in.png").string(), "--steps", "2",
-                               "--out", Scratch("demo").string()});
-  ASSERT_EQ(run.status, 0) << run.out << run.err;
+  const ToolRun run = RunToolOk({"demo", "--picture", Scratch("in.png").string(), "--steps", "2",
+                                 "--out", Scratch("demo").string()});
   EXPECT_THAT(run.out, HasSubstr("in.png (40x30 RGBA"));
-  const ToolRun exported = RunTool(
+  RunToolOk(
       {"export", Scratch("demo").string(), "--item", "0", "--out", Scratch("back.png").string()});
-  ASSERT_EQ(exported.status, 0) << exported.err;
   EXPECT_EQ(canvaro_tool::ReadPngRgba(Scratch("back.png")).pixels, source.pixels);
 }
 

@@ -7,10 +7,12 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "ToolRunner.h"
 #include "kelbra/Core/Property.h"
@@ -45,12 +47,28 @@ class DemoOutputTest : public ::testing::Test {
     return Scratch("copy");
   }
 
-  static Kelbra::Core::Property ReadTree(const std::filesystem::path& file) {
-    return Kelbra::Core::PropertySerializer::FromString(ReadFile(file));
+  // What `canvaro inspect --json` says of the document in `dir`.
+  static nlohmann::json InspectJson(const std::filesystem::path& dir) {
+    return nlohmann::json::parse(RunToolOk({"inspect", dir.string(), "--json"}).out);
   }
-  static void WriteTree(const Kelbra::Core::Property& tree, const std::filesystem::path& file) {
+  // The swap file of item `item`'s picture.
+  static std::string PictureFile(const std::filesystem::path& dir, int item) {
+    return InspectJson(dir)["items"]["list"][item]["frame"]["file"];
+  }
+
+  // Rewrites the document file in `dir` after `edit` changed its tree.
+  static void EditDocument(const std::filesystem::path& dir,
+                           const std::function<void(Kelbra::Core::Property&)>& edit) {
+    const std::filesystem::path file = dir / "document.json";
+    Kelbra::Core::Property tree = Kelbra::Core::PropertySerializer::FromString(ReadFile(file));
+    edit(tree);
     std::ofstream(file, std::ios::binary | std::ios::trunc)
         << Kelbra::Core::PropertySerializer::ToString(tree);
+  }
+  // The collection under `key` of `node`, to be changed in place.
+  static Kelbra::Core::Property::Collection& Collection(Kelbra::Core::Property& node,
+                                                        const std::string& key) {
+    return std::get<Kelbra::Core::Property::Collection>(node.Find(key)->value);
   }
 
  private:

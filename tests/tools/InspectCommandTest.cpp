@@ -16,14 +16,7 @@ using namespace canvaro_test;
 using ::testing::HasSubstr;
 using Json = nlohmann::json;
 
-class InspectCommandTest : public DemoOutputTest {
- protected:
-  static Json InspectJson(const std::filesystem::path& doc) {
-    const ToolRun run = RunTool({"inspect", doc.string(), "--json"});
-    EXPECT_EQ(run.status, 0) << run.err;
-    return Json::parse(run.out);
-  }
-};
+class InspectCommandTest : public DemoOutputTest {};
 
 TEST_F(InspectCommandTest, TheJsonModelHoldsEveryPartOfTheSession) {
   const Json doc = InspectJson(Demo());
@@ -60,33 +53,28 @@ TEST_F(InspectCommandTest, TheJsonModelHoldsEveryPartOfTheSession) {
 // document, inspect still reads it.
 TEST_F(InspectCommandTest, ShowsMissingOrOutsideFilesAndAHostsEffects) {
   const auto dir = FreshCopy();
-  const Json before = InspectJson(dir);
-  std::filesystem::remove(dir / "pictures" /
-                          before["items"]["list"][1]["frame"]["file"].get<std::string>());
+  const std::string outside = PictureFile(dir, 0);
+  std::filesystem::remove(dir / "pictures" / PictureFile(dir, 1));
   std::ofstream(dir / "outside.raw") << "not in the swap directory";
-  const std::string outside = before["items"]["list"][0]["frame"]["file"];
-  Kelbra::Core::Property tree = ReadTree(dir / "document.json");
-  auto& records = std::get<Kelbra::Core::Property::Collection>(
-      tree.GetChild("Frames").Find("StorageItems")->value);
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    auto& item = records[i].GetChild("StorageItem");
-    if (item.GetString("FileName") == outside) item.SetString("FileName", "../outside.raw");
-  }
-  auto& item = std::get<Kelbra::Core::Property::Collection>(tree.Find("Items")->value)[1];
-  auto& effects = item.GetChild("Info").GetChild("tagEffectSettings");
-  auto& effect =
-      effects.AddCollection("keyEffectsCollection").emplace_back().AddChild("keyEffectItem");
-  effect.SetClassId("HostSharpen");
-  effect.SetString("implName", "default");
-  WriteTree(tree, dir / "document.json");
+  EditDocument(dir, [&](Kelbra::Core::Property& tree) {
+    auto& records = Collection(tree.GetChild("Frames"), "StorageItems");
+    for (std::size_t i = 0; i < records.size(); ++i) {
+      auto& item = records[i].GetChild("StorageItem");
+      if (item.GetString("FileName") == outside) item.SetString("FileName", "../outside.raw");
+    }
+    auto& effects = Collection(tree, "Items")[1].GetChild("Info").GetChild("tagEffectSettings");
+    auto& effect =
+        effects.AddCollection("keyEffectsCollection").emplace_back().AddChild("keyEffectItem");
+    effect.SetClassId("HostSharpen");
+    effect.SetString("implName", "default");
+  });
 
   const Json after = InspectJson(dir);
   EXPECT_EQ(after["items"]["list"][0]["frame"]["state"], "missing");
   EXPECT_EQ(after["items"]["list"][1]["frame"]["state"], "missing");
   EXPECT_EQ(after["items"]["list"][1]["settings"]["effects"], Json::array({"HostSharpen"}));
   EXPECT_EQ(after["frames"]["missing"], 2);
-  const ToolRun text = RunTool({"inspect", dir.string()});
-  EXPECT_EQ(text.status, 0);
+  const ToolRun text = RunToolOk({"inspect", dir.string()});
   EXPECT_THAT(text.out, HasSubstr("Items: " + std::to_string(kSteps + 1) + ", current"));
   EXPECT_THAT(text.out, HasSubstr("preset \"Invert\""));
   EXPECT_THAT(text.out, HasSubstr("ShapedArrow"));

@@ -4,8 +4,9 @@
 //   ToolRun run = RunTool({"verify", dir.string()});
 //   EXPECT_EQ(run.status, 0) << run.err;
 //
-// The program's path comes from the build (CANVARO_TOOL). Output goes through files in a fresh
-// temporary directory, so large outputs cannot block the child. A failure is checked with
+// or just RunToolOk(...), which expects status 0 itself. The program's path comes from the build
+// (CANVARO_TOOL). Output goes through files in a fresh temporary directory, so large outputs cannot
+// block the child. A failure is checked with
 //
 //   EXPECT_TRUE(FailedWith(RunTool({"export", dir.string()}), 2, "--out"));
 #pragma once
@@ -56,6 +57,13 @@ inline ToolRun RunTool(const std::vector<std::string>& args) {
   }
   run.out = ReadFile(outFile);
   run.err = ReadFile(errFile);
+  return run;
+}
+
+// Runs the program and expects it to succeed.
+inline ToolRun RunToolOk(const std::vector<std::string>& args) {
+  ToolRun run = RunTool(args);
+  EXPECT_EQ(run.status, 0) << args.front() << ": " << run.out << run.err;
   return run;
 }
 
