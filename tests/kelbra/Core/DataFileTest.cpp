@@ -40,29 +40,24 @@ TEST(DataFileTest, ManySmallAndSomeLargeWritesReadBackExactly) {
   // the largest buffer size, and blocks larger than it.
   const std::size_t sizes[] = {1,  7,       4096,          24000, 65535,    65536,
                                20, 1 << 20, (1 << 20) + 3, 3,     2'000'000};
-  {
-    auto out = Core::DataOutputFile::Create(file);
-    std::size_t at = 0;
-    for (std::size_t i = 0; at < bytes.size(); ++i) {
-      const std::size_t n = std::min(sizes[i % std::size(sizes)], bytes.size() - at);
-      out->Write(bytes.data() + at, n);
-      at += n;
+  // Calls step(offset, length) on pieces that cover the bytes, of the sizes above from `first` on.
+  const auto inPieces = [&](std::size_t first, const auto& step) {
+    for (std::size_t i = first, at = 0, n = 0; at < bytes.size(); at += n, ++i) {
+      n = std::min(sizes[i % std::size(sizes)], bytes.size() - at);
+      step(at, n);
     }
-    out->Close();
-    out->Close();  // a second close does nothing
-    EXPECT_THROW(out->Write("x", 1), FileException);
-  }
+  };
+  auto out = Core::DataOutputFile::Create(file);
+  inPieces(0, [&](std::size_t at, std::size_t n) { out->Write(bytes.data() + at, n); });
+  out->Close();
+  out->Close();  // a second close does nothing
+  EXPECT_THROW(out->Write("x", 1), FileException);
   ASSERT_EQ(std::filesystem::file_size(file.native()), bytes.size());
 
   auto in = Core::DataInputFile::Create(file);
   EXPECT_EQ(in->GetRemaining(), bytes.size());
   std::vector<char> back(bytes.size());
-  std::size_t at = 0;
-  for (std::size_t i = 3; at < back.size(); ++i) {
-    const std::size_t n = std::min(sizes[i % std::size(sizes)], back.size() - at);
-    in->Read(back.data() + at, n);
-    at += n;
-  }
+  inPieces(3, [&](std::size_t at, std::size_t n) { in->Read(back.data() + at, n); });
   EXPECT_EQ(back, bytes);
   EXPECT_EQ(in->GetRemaining(), 0u);
   char extra[2];

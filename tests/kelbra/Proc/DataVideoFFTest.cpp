@@ -9,6 +9,7 @@ extern "C" {
 }
 
 #include "kelbra/Core/CoreException.h"
+#include "kelbra/Proc/BufferPool.h"
 #include "kelbra/Proc/IDataVideo.h"
 #include "kelbra/Proc/PixFmtInfo.h"
 #include "support/Pictures.h"
@@ -201,6 +202,30 @@ TEST(DataVideoFF, CopyPixelsCutsOffWhatFallsOutsideTheTarget) {
   EXPECT_THROW(
       Proc::CopyPixels(*source, *Proc::DataVideoFF::Create(PixFmt::RGBA, {5, 5, 1, 1}), 0, 0),
       Core::CoreException);
+}
+
+// ---- the pool of freed large picture buffers ----
+
+// A buffer comes back for the next picture of its size only, small pictures never enter the
+// pool, and it keeps at most two buffers.
+TEST(BufferPoolTest, FreedLargeBuffersComeBackForTheSameSizeOnly) {
+  const auto make = [](std::int32_t height) {
+    return Proc::DataVideoFF::Create(Proc::PixFmt::RGBA, {1024, height, 1, 1});
+  };
+  constexpr std::uint64_t k4MiB = 4 << 20;  // 1024 x 1024 RGBA
+  Proc::TrimBufferPool();
+  Proc::IDataVideoPtr first = make(1024);
+  const std::uint8_t* freed = first->GetPlane(0).GetOffsetPtr(0, 0);
+  first.reset();
+  EXPECT_EQ(Proc::GetPooledBufferBytes(), k4MiB);
+  const auto other = make(1536);  // 6 MiB: a buffer of its own
+  EXPECT_NE(other->GetPlane(0).GetOffsetPtr(0, 0), freed);
+  EXPECT_EQ(Proc::GetPooledBufferBytes(), k4MiB);
+  EXPECT_EQ(make(1024)->GetPlane(0).GetOffsetPtr(0, 0), freed);  // and back into the pool at once
+  { const Proc::IDataVideoPtr pictures[] = {make(1024), make(1024), make(1024), make(16)}; }
+  EXPECT_EQ(Proc::GetPooledBufferBytes(), 2 * k4MiB);
+  Proc::TrimBufferPool();
+  EXPECT_EQ(Proc::GetPooledBufferBytes(), 0u);
 }
 
 }  // namespace
